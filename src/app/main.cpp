@@ -1,0 +1,37 @@
+#include <QApplication>
+#include <QDir>
+
+#include "platform/Components.h"
+#include "platform/settings/FileSettingsStore.h"
+#include "platform/system/ProcSystemInfo.h"
+#include "shell/ShellWindows.h"
+#include "ui/AppContext.h"
+#include "ui/qt/QtDialogs.h"
+#include "ui/qt/QtEventLoop.h"
+#include "ui/qt/QtFrontEnd.h"
+#include "ui/qt/QtMessageBoxes.h"
+
+// The program: real components where they exist, Qt for the screen, entry at the splash.
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("MP3 Brasswick");
+    QApplication::setOrganizationName("Velmora Works");
+
+    platform::Components components;
+    components.settingsStore = [] { return std::make_unique<platform::settings::FileSettingsStore>(); };
+    components.systemInfo = [] { return std::make_unique<platform::system::ProcSystemInfo>(); };
+
+    uiqt::QtEventLoop loop;
+    uiqt::QtMessageBoxes boxes;
+    uiqt::QtDialogs dialogs;
+    // The program's folder is the folder of the executable: LocalJ/ lies beside it.
+    ui::AppContext app(loop, boxes, dialogs, components, QDir(QApplication::applicationDirPath()).absolutePath().toStdString());
+    uiqt::QtFrontEnd frontEnd(app);
+    shell::registerShellWindows(app);
+
+    loop.deliver([&] { shell::startProgram(app); });
+    if (app.ended())
+        return app.endError();
+    return QApplication::exec();
+}

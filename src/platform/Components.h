@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "AudioChain.h"
+#include "SettingsStore.h"
+#include "SystemInfo.h"
+#include "WriterEngine.h"
+
+namespace platform {
+
+// How a window gets its closed components: one maker per component family. The program and
+// the scenario driver fill these in; a maker left empty means the component isn't there,
+// and a window's use of it is error 91, passed over where the window's error rule says so.
+struct Components {
+    std::function<std::unique_ptr<SettingsStore>()> settingsStore;
+    std::function<std::unique_ptr<SystemInfo>()> systemInfo;
+    std::function<std::unique_ptr<WriterEngine>()> writerEngine;
+    std::function<std::unique_ptr<WaveOut>()> waveOut;
+    std::function<std::unique_ptr<RingBuffer>()> ringBuffer;
+    std::function<std::unique_ptr<Equalizer>()> equalizer;
+    std::function<std::unique_ptr<Connector>()> connector;
+    std::function<std::unique_ptr<Mp3Decoder>()> mp3Decoder;
+};
+
+// A component of a window: use through -> is error 91 when the component isn't there.
+template <class T>
+class Component {
+public:
+    Component() = default;
+    template <class Maker>
+    explicit Component(const Maker &make) : m_object(make ? make() : nullptr) {}
+    T *operator->() const;
+    T *get() const { return m_object.get(); }
+    explicit operator bool() const { return m_object != nullptr; }
+
+private:
+    std::unique_ptr<T> m_object;
+};
+
+} // namespace platform
+
+#include "runtime/RuntimeError.h"
+
+template <class T>
+T *platform::Component<T>::operator->() const
+{
+    if (!m_object)
+        rt::raise(rt::ErrObjectVariableNotSet);
+    return m_object.get();
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/AudioChain.h"
+#include "platform/Components.h"
+#include "platform/SystemInfo.h"
+#include "platform/WriterEngine.h"
+#include "platform/fake/FakeSettingsStore.h"
+
+namespace platform::fake {
+
+// What the fakes were told and what they are to answer, shared by every instance a window
+// makes. Scenarios set the answers and read the log.
+struct FakeWorld {
+    std::shared_ptr<FakeRegistry> registry = std::make_shared<FakeRegistry>();
+
+    // System information: the memory in use, in percent.
+    int memoryUsedPercent = 42;
+
+    // Writer engine: what InitEngine returns, and the recorders it finds (name, driver type).
+    int writerInitResult = 0;
+    std::vector<std::pair<std::string, int>> writerDevices{{"Image Recorder", 10}};
+
+    // Every property a fake component was given, as "Component.Property" -> value text,
+    // and every call, in order.
+    std::map<std::string, std::string> properties;
+    std::vector<std::string> calls;
+    // Equaliser bands as the fake holds them (gain by index); a band list of the last equaliser.
+    std::vector<double> bandGains;
+    // Gains an Eq.ini file would give, by band index; empty when the file is missing.
+    std::map<int, double> iniGains;
+
+    // Which families are there at all; a missing one is a component the program hasn't got.
+    bool hasWriter = true;
+    bool hasAudioChain = true;
+};
+
+// Components whose makers all build fakes on one world.
+Components makeFakeComponents(std::shared_ptr<FakeWorld> world);
+
+} // namespace platform::fake

@@ -1,0 +1,237 @@
+#include "Paths.h"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "RuntimeError.h"
+#include "Strings.h"
+
+namespace fs = std::filesystem;
+
+namespace rt {
+
+namespace {
+
+bool isRegularFile(const fs::path &p)
+{
+    std::error_code ec;
+    return fs::is_regular_file(p, ec);
+}
+
+// Glob of "*" (any run) and "?" (one character), compared without regard to case.
+bool globMatch(std::string_view pattern, std::string_view name)
+{
+    size_t p = 0, n = 0;
+    size_t starP = std::string_view::npos, starN = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == '*') {
+            starP = p++;
+            starN = n;
+        } else if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == name[n])) {
+            ++p;
+            ++n;
+        } else if (starP != std::string_view::npos) {
+            p = starP + 1;
+            n = ++starN;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == '*')
+        ++p;
+    return p == pattern.size();
+}
+
+// One pattern, or several separated by ";" as a file list's pattern may be ("*.mp3;*.wav").
+// "*.*" means every file, with or without an extension.
+bool matchesAny(std::string_view patterns, const std::string &lowerName)
+{
+    if (patterns.empty())
+        return true;
+    size_t start = 0;
+    for (;;) {
+        const size_t end = patterns.find(';', start);
+        std::string one = LCase(patterns.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start));
+        if (one == "*.*")
+            one = "*";
+        if (!one.empty() && globMatch(one, lowerName))
+            return true;
+        if (end == std::string_view::npos)
+            return false;
+        start = end + 1;
+    }
+}
+
+void sortNames(std::vector<std::string> &names)
+{
+    std::vector<std::pair<std::string, std::string>> keyed; // (lower-case key, name)
+    keyed.reserve(names.size());
+    for (std::string &n : names)
+        keyed.emplace_back(LCase(n), std::move(n));
+    std::sort(keyed.begin(), keyed.end()); // by key, ties by the name's bytes
+    names.clear();
+    for (auto &k : keyed)
+        names.push_back(std::move(k.second));
+}
+
+bool hasWildcard(std::string_view s) { return s.find_first_of("*?") != std::string_view::npos; }
+
+} // namespace
+
+fs::path nativePath(std::string_view logicPath)
+{
+    std::string s(logicPath);
+    std::replace(s.begin(), s.end(), '\\', '/');
+    return fs::path(s);
+}
+
+bool fileExists(std::string_view logicPath)
+{
+    return !logicPath.empty() && isRegularFile(nativePath(logicPath));
+}
+
+int64_t FileLen(std::string_view logicPath)
+{
+    const fs::path p = nativePath(logicPath);
+    std::error_code ec;
+    if (logicPath.empty() || !fs::is_regular_file(p, ec))
+        raise(ErrFileNotFound);
+    const auto size = fs::file_size(p, ec);
+    if (ec)
+        raise(ErrFileNotFound);
+    return static_cast<int64_t>(size);
+}
+
+// Kill takes a pattern in its last part as well ("C:\tmp\*.wav"); no match at all is error 53.
+// A file that can't be removed is error 75.
+void Kill(std::string_view logicPath)
+{
+    const fs::path p = nativePath(logicPath);
+    std::vector<fs::path> victims;
+    const std::string name = p.filename().string();
+    if (hasWildcard(name)) {
+        const fs::path folder = p.has_parent_path() ? p.parent_path() : fs::path(".");
+        for (const std::string &f : listFiles(folder.string(), name))
+            victims.push_back(folder / f);
+    } else if (!logicPath.empty() && isRegularFile(p)) {
+        victims.push_back(p);
+    }
+    if (victims.empty())
+        raise(ErrFileNotFound);
+    for (const fs::path &v : victims) {
+        if (::unlink(v.c_str()) != 0)
+            raise(ErrPathFileAccess);
+    }
+}
+
+std::vector<std::string> listFiles(std::string_view folder, std::string_view pattern)
+{
+    std::vector<std::string> names;
+    const fs::path dir = folder.empty() ? fs::path(".") : nativePath(folder);
+    std::error_code ec;
+    fs::directory_iterator it(dir, ec);
+    if (ec)
+        return names;
+    for (; it != fs::directory_iterator(); it.increment(ec)) {
+        if (ec)
+            break;
+        std::error_code fileEc;
+        if (!it->is_regular_file(fileEc))
+            continue;
+        std::string name = it->path().filename().string();
+        if (matchesAny(pattern, LCase(name)))
+            names.push_back(std::move(name));
+    }
+    sortNames(names);
+    return names;
+}
+
+// Read-only is the absence of every write permission; making a file normal again gives the
+// owner back the right to write.
+void setReadOnly(std::string_view logicPath, bool readOnly)
+{
+    const fs::path p = nativePath(logicPath);
+    struct stat st {};
+    if (logicPath.empty() || ::stat(p.c_str(), &st) != 0)
+        raise(ErrFileNotFound);
+    mode_t mode = st.st_mode & 07777;
+    if (readOnly)
+        mode &= ~static_cast<mode_t>(S_IWUSR | S_IWGRP | S_IWOTH);
+    else
+        mode |= S_IWUSR;
+    if (::chmod(p.c_str(), mode) != 0)
+        raise(ErrPathFileAccess);
+}
+
+bool isReadOnly(std::string_view logicPath)
+{
+    const fs::path p = nativePath(logicPath);
+    struct stat st {};
+    if (logicPath.empty() || ::stat(p.c_str(), &st) != 0)
+        raise(ErrFileNotFound);
+    return (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}
+
+bool writeFileAtomically(const fs::path &path, std::string_view bytes)
+{
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    // A fresh name beside the target; creating it with 0666 lets the umask decide as for any
+    // new file (no process-wide umask juggling).
+    static std::atomic<unsigned> counter{0};
+    std::string tmp;
+    int fd = -1;
+    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+        tmp = (folder / ("." + path.filename().string() + ".tmp" + std::to_string(::getpid()) + "."
+                         + std::to_string(counter++))).string();
+        fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd < 0 && errno != EEXIST)
+            return false;
+    }
+    if (fd < 0)
+        return false;
+    auto fail = [&] {
+        ::close(fd);
+        ::unlink(tmp.c_str());
+        return false;
+    };
+    // The new file keeps the old one's permissions.
+    struct stat st {};
+    if (::stat(path.c_str(), &st) == 0 && ::fchmod(fd, st.st_mode & 07777) != 0)
+        return fail();
+    const char *data = bytes.data();
+    size_t left = bytes.size();
+    while (left > 0) {
+        const ssize_t n = ::write(fd, data, left);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return fail();
+        }
+        data += n;
+        left -= static_cast<size_t>(n);
+    }
+    if (::fsync(fd) != 0)
+        return fail();
+    if (::close(fd) != 0) {
+        ::unlink(tmp.c_str());
+        return false;
+    }
+    if (::rename(tmp.c_str(), path.c_str()) != 0) {
+        ::unlink(tmp.c_str());
+        return false;
+    }
+    // Make the rename itself durable; a folder that can't be synced is no failure of the write.
+    const int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (dirFd >= 0) {
+        ::fsync(dirFd);
+        ::close(dirFd);
+    }
+    return true;
+}
+
+} // namespace rt

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace rt {
+
+// A path as the logic builds it ("C:\x", "/prog\LocalJ\a.wav") turned into a path of this
+// system: every "\" is a directory separator.
+std::filesystem::path nativePath(std::string_view logicPath);
+
+bool fileExists(std::string_view logicPath);
+// FileLen: the size in bytes; a missing file is error 53.
+int64_t FileLen(std::string_view logicPath);
+// Kill: delete a file; a missing file is error 53.
+void Kill(std::string_view logicPath);
+// Dir(pattern) with one "*"-style pattern in its last component: matching file names, sorted
+// case-insensitively (the order a file list box shows). Empty when the folder is missing.
+std::vector<std::string> listFiles(std::string_view folder, std::string_view pattern);
+// SetAttr read-only / normal.
+void setReadOnly(std::string_view logicPath, bool readOnly);
+bool isReadOnly(std::string_view logicPath);
+
+// Write a whole file through a temporary file in the same folder and a rename, so that a crash
+// never leaves a half-written file. Returns false and leaves the old file when that fails.
+bool writeFileAtomically(const std::filesystem::path &path, std::string_view bytes);
+
+} // namespace rt

@@ -1,0 +1,406 @@
+#include "frmMain.h"
+
+#include "WriterModels.h"
+#include "runtime/Conversions.h"
+#include "runtime/ResumeNext.h"
+#include "runtime/TextFile.h"
+#include "ui/AppContext.h"
+
+namespace shell {
+
+namespace {
+// A control of another window by name; one that isn't there is error 424.
+ui::Control &controlOf(ui::Window &w, const std::string &name, int index)
+{
+    ui::Control *c = w.control(name, index);
+    if (!c)
+        rt::raise(rt::ErrObjectRequired);
+    return *c;
+}
+
+// The output's call-back mode as the design holds it: events come on the component's own thread.
+constexpr int cmThread = 1;
+} // namespace
+
+frmMain::frmMain(ui::AppContext &app)
+    : Window(app, formName)
+    , mndigitaloptions(*this, "mndigitaloptions", "XOptions")
+    , mnuscan(*this, "mnuscan", "DX SCAN", &mndigitaloptions)
+    , mnBuildSkin(*this, "mnBuildSkin", "CD Burn", &mndigitaloptions)
+    , mnSkin1(*this, "mnSkin1", "OverDrive System", &mnBuildSkin)
+    , mnSkin2(*this, "mnSkin2", "Double Lock", &mnBuildSkin)
+    , mnSep10(*this, "mnSep10", "-", &mnBuildSkin)
+    , mnSkin3(*this, "mnSkin3", "Remove Hiss and Pops", &mnBuildSkin)
+    , mnubatchconvert(*this, "mnubatchconvert", "Batch Convert", &mndigitaloptions)
+    , mnucdcopy(*this, "mnucdcopy", "Digital CD Copy", &mndigitaloptions)
+    , mnuexit(*this, "mnuexit", "Exit", &mndigitaloptions)
+    , mnuhelp(*this, "mnuhelp", "Help")
+    , mnuhelponline(*this, "mnuhelponline", "Online Help", &mnuhelp)
+    , mnuxinfo(*this, "mnuxinfo", "XInfo")
+    , mnAbout(*this, "mnAbout", "About", &mnuxinfo)
+    , mnuinfo(*this, "mnuinfo", "Contacting Velmora Works", &mnuxinfo)
+    , ctToolBar1(*this, "ctToolBar1")
+    , Label1(*this, "Label1")
+    , List1(*this, "List1")
+    , Label2(*this, "Label2")
+    , Text1(*this, "Text1")
+    , Label3(*this, "Label3")
+    , Text2(*this, "Text2")
+    , ctButton8(*this, "ctButton8")
+    , cdlist(*this, "cdlist")
+    , ctCombo1(*this, "ctCombo1")
+    , ctCombo2(*this, "ctCombo2")
+    , Check1(*this, "Check1")
+    , Check2(*this, "Check2")
+    , Check3(*this, "Check3")
+    , Check4(*this, "Check4")
+    , Check5(*this, "Check5")
+    , Check6(*this, "Check6")
+    , Check7(*this, "Check7")
+    , mainlist(*this, "mainlist")
+    , filex(*this, "filex")
+    , time(*this, "time")
+    , ctButton2(*this, "ctButton2")
+    , ctButton3(*this, "ctButton3")
+    , ctButton9(*this, "ctButton9")
+    , ctButton10(*this, "ctButton10")
+    , ctButton5(*this, "ctButton5")
+    , ctButton1(*this, "ctButton1")
+    , ctButton4(*this, "ctButton4")
+    , ctButton12(*this, "ctButton12")
+    , ctButton11(*this, "ctButton11")
+    , ctButton14(*this, "ctButton14")
+    , Slider1(*this, "Slider1", ui::Meter::Style::Slider)
+    , Label6(*this, "Label6")
+    , ctButton13(*this, "ctButton13")
+    , Label4(*this, "Label4")
+    , ctMeter1(*this, "ctMeter1")
+    , Picture4(*this, "Picture4")
+    , StatusBar1(*this, "StatusBar1", 1)
+    , Timer2(*this, "Timer2", 10, true)
+    , Timer3(*this, "Timer3", 1500, false)
+    , slider1timer(*this, "slider1timer", 10, false)
+    , MMHiTimerX1(*this, "MMHiTimerX1", 10, false)
+    , waiter(*this, "waiter", 5000, false)
+    , donewait(*this, "donewait", 3000, false)
+    , Timer1(*this, "Timer1", 500, false)
+    , reg1(app.components().settingsStore)
+    , SysOCX1(app.components().systemInfo)
+    , ACDWRITE1(app.components().writerEngine)
+    , MMWaveOutX1(app.components().waveOut)
+    , MMRingBufferX1(app.components().ringBuffer)
+    , eq(app.components().equalizer)
+    , MMConnectorX1(app.components().connector)
+    , giveamp3(app.components().mp3Decoder)
+{
+    setCaption("MP3 Brasswick 1.3- Studio Edition");
+    layOut();
+    applyComponentDesign();
+
+    Timer2.Tick = [this] { Timer2_Timer(); };
+    Timer3.Tick = [this] { Timer3_Timer(); };
+    cdlist.Click = [this] { cdlist_Click(); };
+}
+
+void frmMain::layOut()
+{
+    // Positions in twips; the window is about 720 by 560 pixels.
+    setGeometry(0, 0, 10800, 8400);
+    centreOnScreen();
+
+    const char *toolCaptions[] = {"New", "", "Burn", "", "Settings", "", "Cover", "", "DVD", "", "Add-ons", "", "Listening Room"};
+    const char *toolTips[] = {"New CD layout", "", "Start burning", "", "Software settings", "", "Cover designer", "",
+                              "DVD", "", "Add-on catalogue", "", "Listening room"};
+    for (int i = 0; i < 13; ++i)
+        ctToolBar1.addItem({toolCaptions[i], toolTips[i], {}, i % 2 == 1});
+    ctToolBar1.setGeometry(0, 0, 10800, 540);
+
+    Label1.setCaption("Available CDR-Hardware");
+    Label1.setGeometry(120, 660, 3300, 255);
+    List1.setGeometry(120, 915, 3300, 900);
+    List1.setEnabled(false);
+    Label2.setCaption("Selected EAC-Hardware");
+    Label2.setGeometry(120, 1890, 3300, 255);
+    Text1.setText("automatic selected CD writer");
+    Text1.setGeometry(120, 2145, 3300, 330);
+    Text1.setEnabled(false);
+    Label3.setCaption("Driver type");
+    Label3.setGeometry(120, 2580, 1000, 255);
+    Text2.setGeometry(1140, 2535, 780, 330);
+    ctButton8.setCaption("CD-Adapt");
+    ctButton8.setGeometry(2040, 2520, 1380, 360);
+    cdlist.setText("Available CD Drivers");
+    cdlist.setGeometry(120, 3000, 3300, 330);
+
+    ctCombo1.setText("Burn SpeedX");
+    ctCombo1.setGeometry(120, 3480, 1590, 330);
+    ctCombo2.setText("Performance()");
+    ctCombo2.setGeometry(1830, 3480, 1590, 330);
+    ui::CheckBox *checks[] = {&Check1, &Check2, &Check3, &Check4, &Check5, &Check6, &Check7};
+    const char *checkCaptions[] = {"Close session", "Test CD", "Eject on finish", "Sample Clean", "Noise Redux", "OverFilter", "Double Scan"};
+    for (int i = 0; i < 7; ++i) {
+        checks[i]->setCaption(checkCaptions[i]);
+        checks[i]->setGeometry(i < 3 ? 120 : 1830, 3930 + (i < 3 ? i : i - 3) * 330, 1590, 300);
+    }
+    Check1.setToolTipText("after writing track, disc will be closed");
+    Check2.setToolTipText("no writing");
+    Check3.setToolTipText("eject disc after writing tracks");
+
+    mainlist.setColumnHeaders({"CD Burn List", "Track Time"});
+    mainlist.setGeometry(3600, 660, 7080, 4500);
+    filex.setVisible(false);
+    time.setVisible(false);
+
+    struct Placed {
+        ui::Button *button;
+        const char *caption;
+        int left, width;
+    };
+    const Placed row[] = {{&ctButton2, "Up", 3600, 780},          {&ctButton3, "Down", 4440, 780},
+                          {&ctButton9, "Direct Del", 5280, 1140}, {&ctButton10, "Add/Rem", 6480, 1140},
+                          {&ctButton5, "MP3 to Wav", 7680, 1260}, {&ctButton1, "M3U", 9000, 780},
+                          {&ctButton4, "Watch", 9840, 840}};
+    for (const auto &p : row) {
+        p.button->setCaption(p.caption);
+        p.button->setGeometry(p.left, 5280, p.width, 390);
+    }
+    ctButton1.setToolTipText("Save as WinAmp Playlist");
+    ctButton4.setToolTipText("Enable MP3 Directory watch");
+
+    ctButton12.setCaption("Play");
+    ctButton12.setGeometry(3600, 5820, 900, 390);
+    ctButton11.setCaption("Stop");
+    ctButton11.setGeometry(4560, 5820, 900, 390);
+    ctButton14.setCaption("Digital Clean");
+    ctButton14.setGeometry(5520, 5820, 1380, 390);
+    Label6.setCaption("X1 -^0:00.000");
+    Label6.setGeometry(7020, 5880, 1800, 300);
+    Slider1.setGeometry(3600, 6330, 5220, 360);
+
+    ctButton13.setCaption("Flash Burn>>");
+    ctButton13.setGeometry(8940, 5820, 1740, 870);
+
+    Label4.setCaption("Memory in use");
+    Label4.setGeometry(120, 5040, 3300, 255);
+    ctMeter1.setMin(0);
+    ctMeter1.setMax(100);
+    ctMeter1.setValue(100);
+    ctMeter1.setGeometry(120, 5295, 3300, 300);
+    Picture4.setPicture(app().appPath() + "/splash.png");
+    Picture4.setGeometry(120, 5760, 3300, 1860);
+
+    StatusBar1.setPanel(1, "Session Open");
+    StatusBar1.setGeometry(0, 7740, 10800, 330);
+}
+
+void frmMain::applyComponentDesign()
+{
+    // The design values of the player chain; stored settings replace them at load.
+    rt::ResumeNext step;
+    step([&] { MMWaveOutX1->setBufferSize(4048); });
+    step([&] { MMWaveOutX1->setCallBackMode(cmThread); });
+    step([&] { MMWaveOutX1->setNumBuffers(100); });
+    step([&] { MMConnectorX1->setEnterIdle(false); });
+}
+
+void frmMain::Form_Load()
+{
+    // Every failing action of the load step is passed over, and the rest goes on.
+    rt::ResumeNext step;
+    std::string showEq;
+    step([&] { reg1->OpenKey(platform::SettingsStore::HKEY_CURRENT_USER, settingsKey); });
+    step([&] { showEq = reg1->ReadValue("ShowEQonStartup"); });
+    step([&] { reg1->CloseKey(); });
+
+    step.IfElse([&] { return showEq != "yes"; },
+                [&] {
+                    step([&] { eqState = "changed"; });
+                    step([&] { eqFirstOpen = "warn"; });
+                },
+                [&] {
+                    // The listening room is set up at once, beside the main window; without
+                    // the room this is one more passed-over step.
+                    step([&] { app().formByName("Form6"); });
+                });
+
+    step([&] { ctCombo2.setText("Performance()"); });
+    step([&] { lastTrackCloses = 0; });
+    for (ui::CheckBox *c : {&Check1, &Check2, &Check3, &Check4, &Check5, &Check6, &Check7})
+        step([&] { c->setEnabled(false); });
+    for (ui::Control *c : std::initializer_list<ui::Control *>{&ctButton13, &ctButton10, &ctButton9, &ctCombo1, &ctCombo2,
+                                                              &ctButton11, &ctButton12, &ctButton14})
+        step([&] { c->setEnabled(false); });
+    for (const char *speed : {"1x", "2x", "4x", "6x", "8x", "10x", "12x", "14x", "16x"})
+        step([&] { ctCombo1.AddItem(speed); });
+    for (const char *share : {"10%", "20%", "30%", "40%", "50%(P733)", "60%(P733+)", "70%(Warning)"})
+        step([&] { ctCombo2.AddItem(share); });
+
+    step([&] { fillDriverList(); });
+
+    bandEdges = {0, 500, 1500, 2500, 3500, 4500, 5500, 6500, 7500, 8500, 9500, 10500, 11500, 12500, 13500, 14500};
+    step([&] { eqIniPath = app().appPath() + "\\Eq.ini"; });
+    for (int i = 1; i <= 15; ++i)
+        step([&] { eq->AddBand(bandEdges[i - 1], bandEdges[i], 0.0); });
+    step([&] { eq->LoadFromIni(eqIniPath, "EqData"); });
+    // The room's band sliders show the gains; band 15 doesn't exist, and that round fails.
+    for (int i = 0; i <= 15; ++i) {
+        step([&] {
+            ui::Control &slider = controlOf(app().formByName("Form6"), "GSlider8", i);
+            slider.setProperty("Value", {}, rt::numberText(eq->BandGain(i)));
+        });
+    }
+    // The level meters receive what the player plays, whether or not the room is shown.
+    step([&] {
+        ui::Window &room = app().formByName("Form6");
+        MMConnectorX1->setLevels(&controlOf(room, "Level", 0), &controlOf(room, "Level", 1));
+    });
+
+    step([&] { applyStoredSettings(); });
+    step([&] { isPlaying = 0; });
+    step([&] { writerInit(); });
+}
+
+void frmMain::fillDriverList()
+{
+    rt::ResumeNext step;
+    rt::TextFile file;
+    rt::Integer count = 0;
+    step([&] { file.open(app().appPath() + "/LocalJ/drivers.cdx", rt::TextFile::Mode::Input); });
+    step([&] { count = rt::CInt(file.lineInput()); });
+    // A count beyond the lines there are fails once per missing row; the rows read stay.
+    for (int i = 1; i <= count.value(); ++i)
+        step([&] { cdlist.AddItem(file.lineInput()); });
+    step([&] { file.close(); });
+}
+
+void frmMain::applyStoredSettings()
+{
+    rt::ResumeNext step;
+    step([&] { reg1->OpenKey(platform::SettingsStore::HKEY_CURRENT_USER, settingsKey); });
+    auto asLong = [&](const char *name) { return rt::CLng(reg1->ReadValue(name)).value(); };
+    auto asTruth = [&](const char *name) { return rt::CBool(reg1->ReadValue(name)); };
+    auto asText = [&](const char *name) { return reg1->ReadValue(name); };
+
+    step([&] { MMWaveOutX1->setBufferSize(asLong("BufferSize")); });
+    step([&] { MMWaveOutX1->setCallBackMode(asLong("CallBackMode")); });
+    step([&] { MMWaveOutX1->setLooping(asTruth("looping")); });
+    step([&] { MMWaveOutX1->setNumBuffers(asLong("NumBuffers")); });
+    step([&] { MMWaveOutX1->setTimeFormat(asLong("TimeFormat")); });
+    step([&] { MMRingBufferX1->setBufferSize(asLong("RingBufferSize")); });
+    step([&] { MMRingBufferX1->setLoopIfEmpty(asTruth("RingLoopIfEmpty")); });
+    step([&] { MMRingBufferX1->setQueMode(asLong("RingQueMode")); });
+    step([&] { MMRingBufferX1->setWaitIfFull(asTruth("WaitifFull")); });
+    step([&] { eq->setChannel(asLong("EQChannel")); });
+    step([&] { eq->setFFTLength(asLong("FFTLength")); });
+    step([&] { eq->setSampleRate(asLong("SampleRate")); });
+    step([&] { eq->setWindow(asLong("Window")); });
+    step([&] { MMConnectorX1->setAutoConvert(asTruth("SAutoConvert")); });
+    step([&] { MMConnectorX1->setAutoTrigger(asTruth("SAutoTrigger")); });
+    step([&] { MMConnectorX1->setEnterIdle(asTruth("SEnterIdle")); });
+    step([&] { MMConnectorX1->setRealTime(asTruth("SRealTime")); });
+    step([&] { MMConnectorX1->setRefreshOnStop(asTruth("SRefreshonStop")); });
+    step([&] { MMConnectorX1->setSpeed(asLong("SSpeed")); });
+    step([&] { MMConnectorX1->setTriggerLevel(asLong("STriggerLevel")); });
+    step([&] { MMConnectorX1->setTriggerMode(asLong("STriggerMode")); });
+    step([&] { giveamp3->setDecryptKey(asLong("ADecryptKey")); });
+    step([&] { giveamp3->setPanning(asLong("APanning")); });
+    step([&] { giveamp3->setVolume(asLong("AVolume")); });
+    step([&] { ACDWRITE1->setFifoBufferCount(asText("FifoBufferCount")); });
+    step([&] { ACDWRITE1->setPreGapSize(asText("PreGapSize")); });
+    step([&] { ACDWRITE1->setSectorsPerBuffer(asText("SectorsPerBuffer")); });
+    step([&] { ACDWRITE1->setSwapBytes(asText("SwapBytes")); });
+    // The key stays open: nothing closes it after these reads.
+}
+
+void frmMain::writerInit()
+{
+    Text1.setText("");
+    if (ACDWRITE1->InitEngine() > 0) {
+        ui::MsgBox(app(), "Can\xC2\xB4t initialize ASPI or no CD-recorder found! Abort.");
+        rt::endProgram();
+    }
+    // The list isn't cleared: every run appends the devices once more.
+    const int count = ACDWRITE1->DeviceCount();
+    for (int i = 1; i <= count; ++i)
+        List1.AddItem(ACDWRITE1->DeviceName(i - 1));
+    for (int i = 1; i <= count; ++i) {
+        ACDWRITE1->SelectDevice(i - 1);
+        const int type = ACDWRITE1->DeviceDriverType();
+        if (type >= 1 && type < 100) {
+            ACDWRITE1->SetDriverType(type);
+            Text1.setText(ACDWRITE1->DeviceName(i - 1));
+            Text2.setText(std::to_string(type));
+            break;
+        }
+    }
+    if (Text1.Text().empty()) {
+        List1.setEnabled(true);
+        ui::MsgBox(app(), "Please select your CD writer in the top list box left with a double click.");
+    }
+    ACDWRITE1->setCloseDiscAfterTrack(false);
+    ACDWRITE1->setCloseSessionAfterTrack(false);
+    ACDWRITE1->setTestWrite(false);
+    ACDWRITE1->setWriteSpeed(8);
+}
+
+void frmMain::Form_Unload()
+{
+    // Closing the main window ends the program: every other window goes with it.
+    for (ui::Window *w : app().windows()) {
+        if (w != this)
+            w->Unload();
+    }
+}
+
+void frmMain::Timer2_Timer()
+{
+    // The memory meter sweeps down once and stops at the share of memory in use.
+    ctMeter1.setValue(ctMeter1.Value() - 1);
+    if (ctMeter1.Value() == SysOCX1->memoryusedtotal())
+        Timer2.setEnabled(false);
+}
+
+void frmMain::Timer3_Timer()
+{
+    Timer3.setEnabled(false);
+}
+
+void frmMain::cdlist_Click()
+{
+    // A model pick only shows its driver type; the engine is told by "CD-Adapt".
+    if (auto type = driverTypeOfModel(cdlist.Text()))
+        Text2.setText(std::to_string(*type));
+}
+
+std::optional<std::string> frmMain::member(const std::string &name) const
+{
+    auto integer = [](rt::Integer v) { return std::to_string(v.value()); };
+    if (name == "isPlaying") return integer(isPlaying);
+    if (name == "eqIniPath") return eqIniPath;
+    if (name == "eqFirstOpen") return eqFirstOpen;
+    if (name == "eqState") return eqState;
+    if (name == "sliderHeld") return integer(sliderHeld);
+    if (name == "mediaErrorText") return mediaErrorText;
+    if (name == "lastTrackCloses") return integer(lastTrackCloses);
+    if (name == "sessionStaysOpen") return integer(sessionStaysOpen);
+    if (name == "closeSession") return integer(closeSession);
+    if (name == "selectedRow") return integer(selectedRow);
+    if (name == "selectedRowAlso") return integer(selectedRowAlso);
+    if (name.rfind("bandEdges(", 0) == 0 && name.back() == ')') {
+        const int i = std::atoi(name.c_str() + 10);
+        if (i >= 0 && i < 16)
+            return rt::numberText(bandEdges[i]);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> frmMain::callRoutine(const std::string &name, const std::vector<std::string> &)
+{
+    if (name == "writerInit") {
+        writerInit();
+        return std::string();
+    }
+    return std::nullopt;
+}
+
+} // namespace shell

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "platform/Components.h"
+#include "runtime/Integer.h"
+#include "ui/Button.h"
+#include "ui/CheckBox.h"
+#include "ui/ComboBox.h"
+#include "ui/Label.h"
+#include "ui/ListBox.h"
+#include "ui/MenuItem.h"
+#include "ui/Meter.h"
+#include "ui/PictureBox.h"
+#include "ui/StatusBar.h"
+#include "ui/TextBox.h"
+#include "ui/Timer.h"
+#include "ui/ToolBar.h"
+#include "ui/Window.h"
+
+namespace shell {
+
+// The main window: the CD list, the writer, the player chain and the burn settings. It stays
+// loaded for the whole run; every other window is opened from it.
+class frmMain : public ui::Window {
+public:
+    static constexpr const char *formName = "frmMain";
+    static constexpr const char *settingsKey = "Software\\Velmora Works\\MP3 Data";
+    explicit frmMain(ui::AppContext &app);
+
+    void Form_Load() override;
+    void Form_Unload() override;
+
+    // Connects to the writing engine and makes the first recorder it knows current.
+    void writerInit();
+
+    std::optional<std::string> member(const std::string &name) const override;
+    std::optional<std::string> callRoutine(const std::string &name, const std::vector<std::string> &args) override;
+
+    // Members.
+    rt::Integer isPlaying = 0;
+    std::string eqIniPath;
+    std::string eqFirstOpen;
+    std::string eqState;
+    rt::Integer sliderHeld = 0;
+    std::string mediaErrorText;
+    rt::Integer lastTrackCloses = 0;
+    rt::Integer sessionStaysOpen = 0;
+    rt::Integer closeSession = 0;
+    rt::Integer selectedRow = 0;
+    rt::Integer selectedRowAlso = 0;
+    // Edges of the fifteen equaliser bands in hertz; band i runs from entry i-1 to entry i.
+    std::array<double, 16> bandEdges{};
+
+    // Menu.
+    ui::MenuItem mndigitaloptions;
+    ui::MenuItem mnuscan;
+    ui::MenuItem mnBuildSkin;
+    ui::MenuItem mnSkin1;
+    ui::MenuItem mnSkin2;
+    ui::MenuItem mnSep10;
+    ui::MenuItem mnSkin3;
+    ui::MenuItem mnubatchconvert;
+    ui::MenuItem mnucdcopy;
+    ui::MenuItem mnuexit;
+    ui::MenuItem mnuhelp;
+    ui::MenuItem mnuhelponline;
+    ui::MenuItem mnuxinfo;
+    ui::MenuItem mnAbout;
+    ui::MenuItem mnuinfo;
+
+    ui::ToolBar ctToolBar1;
+
+    // The writer.
+    ui::Label Label1;
+    ui::ListBox List1;
+    ui::Label Label2;
+    ui::TextBox Text1;
+    ui::Label Label3;
+    ui::TextBox Text2;
+    ui::Button ctButton8;
+    ui::ComboBox cdlist;
+
+    // The burn settings.
+    ui::ComboBox ctCombo1;
+    ui::ComboBox ctCombo2;
+    ui::CheckBox Check1;
+    ui::CheckBox Check2;
+    ui::CheckBox Check3;
+    ui::CheckBox Check4;
+    ui::CheckBox Check5;
+    ui::CheckBox Check6;
+    ui::CheckBox Check7;
+
+    // The CD list: three parallel lists, row i of each the same track.
+    ui::ListBox mainlist;
+    ui::ListBox filex;
+    ui::ListBox time;
+
+    ui::Button ctButton2;
+    ui::Button ctButton3;
+    ui::Button ctButton9;
+    ui::Button ctButton10;
+    ui::Button ctButton5;
+    ui::Button ctButton1;
+    ui::Button ctButton4;
+
+    // The player.
+    ui::Button ctButton12;
+    ui::Button ctButton11;
+    ui::Button ctButton14;
+    ui::Meter Slider1;
+    ui::Label Label6;
+
+    ui::Button ctButton13;
+    ui::Label Label4;
+    ui::Meter ctMeter1;
+    ui::PictureBox Picture4;
+    ui::StatusBar StatusBar1;
+
+    ui::Timer Timer2;
+    ui::Timer Timer3;
+    ui::Timer slider1timer;
+    ui::Timer MMHiTimerX1;
+    ui::Timer waiter;
+    ui::Timer donewait;
+    ui::Timer Timer1;
+
+    // Closed components.
+    platform::Component<platform::SettingsStore> reg1;
+    platform::Component<platform::SystemInfo> SysOCX1;
+    platform::Component<platform::WriterEngine> ACDWRITE1;
+    platform::Component<platform::WaveOut> MMWaveOutX1;
+    platform::Component<platform::RingBuffer> MMRingBufferX1;
+    platform::Component<platform::Equalizer> eq;
+    platform::Component<platform::Connector> MMConnectorX1;
+    platform::Component<platform::Mp3Decoder> giveamp3;
+
+private:
+    void layOut();
+    void applyComponentDesign();
+    void fillDriverList();
+    void applyStoredSettings();
+    void Timer2_Timer();
+    void Timer3_Timer();
+    void cdlist_Click();
+};
+
+} // namespace shell

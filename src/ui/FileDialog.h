@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ui {
+
+// One open, save or folder dialog (CommonDialog / BrowseDialog).
+struct FileDialogRequest {
+    enum class Kind { Open, Save, Folder };
+    Kind kind = Kind::Open;
+    std::string title;
+    // "MP3 PlayLists|*.M3U": pairs of description and pattern separated by "|".
+    std::string filter;
+    std::string fileName;
+    std::string initialFolder;
+    int flags = 0;
+};
+
+// Runs file dialogs: Qt's pickers in the program, a script in scenarios.
+class DialogService {
+public:
+    virtual ~DialogService() = default;
+    // The chosen path, or nullopt when the user cancelled.
+    virtual std::optional<std::string> run(const FileDialogRequest &request) = 0;
+};
+
+} // namespace ui

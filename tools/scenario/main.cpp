@@ -1,0 +1,25 @@
+#include <filesystem>
+#include <iostream>
+
+#include "Runner.h"
+
+#ifndef BRASSWICK_PROGRAM_DIR
+#define BRASSWICK_PROGRAM_DIR "prog"
+#endif
+
+// scenario FILE...: runs each scenario; exit 0 when every check passed.
+int main(int argc, char **argv)
+{
+    if (argc < 2) {
+        std::cerr << "usage: scenario FILE...\n";
+        return 2;
+    }
+    std::filesystem::path installation = BRASSWICK_PROGRAM_DIR;
+    if (const char *env = std::getenv("BRASSWICK_PROGRAM_DIR"))
+        installation = env;
+    scenario::Runner runner(installation, std::cout);
+    for (int i = 1; i < argc; ++i)
+        runner.runFile(argv[i]);
+    std::cout << runner.passed() << " passed, " << runner.failed() << " failed\n";
+    return runner.failed() == 0 ? 0 : 1;
+}
