@@ -12,7 +12,7 @@ bannerx::bannerx(ui::AppContext &app)
     , Label2(*this, "Label2")
     , Timer1(*this, "Timer1", 7000, true)
 {
-    setCaption("MP3 Brasswick 1.3- Studio Edition");
+    setCaption("MP3 Brasswick 1.3");
     setFrameless(true);
     setGeometry(0, 0, 6750, 4050);
     centreOnScreen();

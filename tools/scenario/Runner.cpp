@@ -8,6 +8,7 @@
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
 #include "runtime/RuntimeError.h"
+#include "runtime/Paths.h"
 #include "runtime/Strings.h"
 #include "shell/ShellWindows.h"
 #include "ui/ComboBox.h"

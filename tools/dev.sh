@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs what the program needs (Debian 12), builds it, then runs it or all its tests.
+#   tools/dev.sh run    build and start the program
+#   tools/dev.sh test   build and run unit tests, scenarios and the GUI smoke test, in that order
+set -euo pipefail
+
+what=${1:-}
+case "$what" in run|test|build) ;; *) echo "usage: $0 run|test|build" >&2; exit 2 ;; esac
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${BRASSWICK_BUILD_DIR:-$root/build}
+
+packages=(build-essential cmake ninja-build pkg-config
+          qt6-base-dev libgl-dev
+          libmp3lame-dev lame
+          libgtest-dev libbenchmark-dev
+          clang libclang-rt-14-dev
+          xvfb xauth x11-utils imagemagick qt6-qpa-plugins)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo=sudo
+  echo "Installing: ${missing[*]}"
+  $sudo apt-get update -qq
+  $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}"
+fi
+
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$build" -j"$(nproc)"
+
+case "$what" in
+  build) ;;
+  run)
+    exec "$build/prog/brasswick" ;;
+  test)
+    exec "$root/tools/run-tests.sh" "$build" ;;
+esac
