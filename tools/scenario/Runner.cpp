@@ -177,6 +177,8 @@ void Runner::runLine(const std::string &line)
             cmdExpectLines(*tokens, line);
         else if (verb == "expect-box")
             cmdExpectBox(*tokens, line);
+        else if (verb == "expect-box-lines")
+            cmdExpectBoxLines(*tokens, line);
         else if (verb == "expect-no-box")
             cmdExpectNoBox(line);
         else if (verb == "expect-file")
@@ -831,6 +833,40 @@ void Runner::cmdExpectBox(const Tokens &t, const std::string &line)
     if (t.size() % 2 != 0)
         fail("expect-box: a setting lacks its value");
     check(ok, line, expected, got);
+}
+
+void Runner::cmdExpectBoxLines(const Tokens &t, const std::string &line)
+{
+    if (t.size() < 2)
+        fail("expect-box-lines \"LINE\"...");
+    auto &shown = m_boxes->shown();
+    if (shown.empty()) {
+        check(false, line, "a message box", "none");
+        return;
+    }
+    const std::string prompt = shown.front().request.prompt;
+    shown.pop_front();
+    std::vector<std::string> got;
+    size_t start = 0;
+    for (;;) {
+        const size_t end = prompt.find('\n', start);
+        std::string part = prompt.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        if (!part.empty() && part.back() == '\r')
+            part.pop_back();
+        got.push_back(part);
+        if (end == std::string::npos)
+            break;
+        start = end + 1;
+    }
+    std::vector<std::string> expected;
+    std::string expectedText, gotText;
+    for (size_t i = 1; i < t.size(); ++i) {
+        expected.push_back(expand(t[i].text));
+        expectedText += quoteFor(expected.back()) + " ";
+    }
+    for (const auto &l : got)
+        gotText += quoteFor(l) + " ";
+    check(got == expected, line, expectedText, gotText);
 }
 
 void Runner::cmdExpectNoBox(const std::string &line)

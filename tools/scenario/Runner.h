@@ -67,6 +67,7 @@ private:
     void cmdExpect(const Tokens &t, const std::string &line);
     void cmdExpectLines(const Tokens &t, const std::string &line);
     void cmdExpectBox(const Tokens &t, const std::string &line);
+    void cmdExpectBoxLines(const Tokens &t, const std::string &line);
     void cmdExpectNoBox(const std::string &line);
     void cmdExpectFile(const Tokens &t, const std::string &line);
     void cmdExpectWindow(const std::string &what, const Tokens &t, const std::string &line);
