@@ -8,8 +8,6 @@ namespace shell {
 bannerx::bannerx(ui::AppContext &app)
     : Window(app, formName)
     , Image1(*this, "Image1")
-    , Label1(*this, "Label1")
-    , Label2(*this, "Label2")
     , Timer1(*this, "Timer1", 7000, true)
 {
     setCaption("MP3 Brasswick 1.3");
@@ -18,12 +16,6 @@ bannerx::bannerx(ui::AppContext &app)
     centreOnScreen();
     Image1.setGeometry(0, 0, 6750, 4050);
     Image1.setPicture(app.appPath() + "/splash.png");
-    Label1.setCaption("Velmora Works");
-    Label1.setGeometry(150, 3600, 2400, 300);
-    Label2.setCaption("Version 1.3");
-    Label2.setGeometry(4950, 3600, 1650, 300);
-    Label1.setContainer(&Image1);
-    Label2.setContainer(&Image1);
     Timer1.Tick = [this] { Timer1_Timer(); };
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ui/Label.h"
 #include "ui/PictureBox.h"
 #include "ui/Timer.h"
 #include "ui/Window.h"
@@ -14,8 +13,6 @@ public:
     explicit bannerx(ui::AppContext &app);
 
     ui::PictureBox Image1;
-    ui::Label Label1;
-    ui::Label Label2;
     ui::Timer Timer1;
 
 private:

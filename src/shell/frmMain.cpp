@@ -104,8 +104,8 @@ frmMain::frmMain(ui::AppContext &app)
 
 void frmMain::layOut()
 {
-    // Positions in twips; the window is about 720 by 560 pixels.
-    setGeometry(0, 0, 10800, 8400);
+    // Positions in twips; the window is about 720 by 600 pixels.
+    setGeometry(0, 0, 10800, 9000);
     centreOnScreen();
 
     const char *toolCaptions[] = {"New", "", "Burn", "", "Settings", "", "Cover", "", "DVD", "", "Add-ons", "", "Listening Room"};
@@ -190,7 +190,7 @@ void frmMain::layOut()
     Picture4.setGeometry(120, 5760, 3300, 1860);
 
     StatusBar1.setPanel(1, "Session Open");
-    StatusBar1.setGeometry(0, 7740, 10800, 330);
+    StatusBar1.setGeometry(0, 8340, 10800, 330);
 }
 
 void frmMain::applyComponentDesign()

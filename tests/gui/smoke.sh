@@ -2,15 +2,10 @@
 # Starts the real program on a virtual X display, as a user would, and photographs the screen:
 # the splash at two seconds, the main window at nine. Pictures are kept in the build folder.
 set -euo pipefail
-program=${1:?usage: smoke.sh PROGRAM OUTPUT_DIR}
-out=${2:?usage: smoke.sh PROGRAM OUTPUT_DIR}
-mkdir -p "$out"
-rm -f "$out"/splash.png "$out"/main.png "$out"/windows-*.txt
 
-config=$(mktemp -d)
-trap 'rm -rf "$config"' EXIT
-
-inner() {
+# On the virtual display: start the program, photograph it at two and at nine seconds.
+if [ "${1:-}" = "--on-display" ]; then
+  program=$2 out=$3 config=$4
   XDG_CONFIG_HOME="$config" "$program" &
   pid=$!
   sleep 2
@@ -22,13 +17,20 @@ inner() {
   kill -0 "$pid"            # still running
   kill "$pid"
   wait "$pid" 2>/dev/null || true
-}
-export -f inner
-export program out config
-xvfb-run -a -s "-screen 0 1280x800x24" bash -c inner
+  exit 0
+fi
+
+program=${1:?usage: smoke.sh PROGRAM OUTPUT_DIR}
+out=${2:?usage: smoke.sh PROGRAM OUTPUT_DIR}
+mkdir -p "$out"
+rm -f "$out"/splash.png "$out"/main.png "$out"/windows-*.txt
+
+config=$(mktemp -d)
+trap 'rm -rf "$config"' EXIT
+
+xvfb-run -a -s "-screen 0 1280x800x24" "$0" --on-display "$program" "$out" "$config"
 
 fail() { echo "smoke test: $*" >&2; exit 1; }
-title="MP3 Brasswick 1.3- Studio Edition"
 splash="MP3 Brasswick 1.3"
 main="MP3 Brasswick 1.3- Studio Edition"
 grep -q "\"$splash\"" "$out/windows-2s.txt" || fail "no splash after two seconds"
