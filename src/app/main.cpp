@@ -4,6 +4,8 @@
 #include "platform/Components.h"
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
+#include "platform/system/XdgShell.h"
+#include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/AppContext.h"
 #include "ui/qt/QtDialogs.h"
@@ -21,6 +23,7 @@ int main(int argc, char **argv)
     platform::Components components;
     components.settingsStore = [] { return std::make_unique<platform::settings::FileSettingsStore>(); };
     components.systemInfo = [] { return std::make_unique<platform::system::ProcSystemInfo>(); };
+    components.shell = [] { return std::make_unique<platform::system::XdgShell>(); };
 
     uiqt::QtEventLoop loop;
     uiqt::QtMessageBoxes boxes;
@@ -29,6 +32,7 @@ int main(int argc, char **argv)
     ui::AppContext app(loop, boxes, dialogs, components, QDir(QApplication::applicationDirPath()).absolutePath().toStdString());
     uiqt::QtFrontEnd frontEnd(app);
     shell::registerShellWindows(app);
+    layout::registerLayoutWindows(app);
 
     loop.deliver([&] { shell::startProgram(app); });
     if (app.ended())

@@ -5,6 +5,7 @@
 
 #include "AudioChain.h"
 #include "SettingsStore.h"
+#include "Shell.h"
 #include "SystemInfo.h"
 #include "WriterEngine.h"
 
@@ -22,6 +23,7 @@ struct Components {
     std::function<std::unique_ptr<Equalizer>()> equalizer;
     std::function<std::unique_ptr<Connector>()> connector;
     std::function<std::unique_ptr<Mp3Decoder>()> mp3Decoder;
+    std::function<std::unique_ptr<Shell>()> shell;
 };
 
 // A component of a window: use through -> is error 91 when the component isn't there.

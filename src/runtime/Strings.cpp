@@ -216,18 +216,26 @@ long Len(std::string_view s)
     return n;
 }
 
-// The length argument is optional in the language; here -1 stands for "omitted" (to the end),
-// so only lengths below -1 are the invalid negative ones.
+// The length is optional in the language: without it the rest is taken. A length that is given
+// and negative is error 5, -1 included, since computed lengths can come out as -1.
+std::string Mid(std::string_view s, long start)
+{
+    if (start < 1)
+        raise(ErrInvalidCall);
+    const size_t from = offsetOf(s, start - 1);
+    if (from >= s.size())
+        return {};
+    return std::string(s.substr(from));
+}
+
 std::string Mid(std::string_view s, long start, long length)
 {
-    if (start < 1 || length < -1)
+    if (start < 1 || length < 0)
         raise(ErrInvalidCall);
     const size_t from = offsetOf(s, start - 1);
     if (from >= s.size() || length == 0)
         return {};
     const std::string_view rest = s.substr(from);
-    if (length == -1)
-        return std::string(rest);
     return std::string(rest.substr(0, offsetOf(rest, length)));
 }
 

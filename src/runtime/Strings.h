@@ -7,8 +7,10 @@ namespace rt {
 
 // Text is UTF-8; every length and position here counts characters, positions from 1.
 long Len(std::string_view s);
-// Mid(s, start[, length]): start below 1 is error 5; start past the end gives "".
-std::string Mid(std::string_view s, long start, long length = -1);
+// Mid(s, start[, length]): start below 1 or a negative length is error 5; start past the end
+// gives "". Without a length the rest of the text is taken.
+std::string Mid(std::string_view s, long start);
+std::string Mid(std::string_view s, long start, long length);
 std::string Left(std::string_view s, long length);
 std::string Right(std::string_view s, long length);
 // InStr([start,] haystack, needle): 1-based position or 0; an empty needle gives start.

@@ -1,6 +1,7 @@
 #include "TextFile.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -51,8 +52,11 @@ TextFile::TextFile(std::string_view logicPath, Mode mode) { open(logicPath, mode
 
 TextFile::~TextFile()
 {
-    if (m_file)
-        std::fclose(m_file);
+    try {
+        close();
+    } catch (const RuntimeError &) {
+        // A file left open goes to disk at the end as well; a failure then has nobody to tell.
+    }
 }
 
 void TextFile::open(std::string_view logicPath, Mode mode)
@@ -65,7 +69,20 @@ void TextFile::open(std::string_view logicPath, Mode mode)
     const bool reading = mode == Mode::Input;
     if (isDirectory(p))
         raise(ErrPathFileAccess);
-    const char *how = mode == Mode::Input ? "rb" : (mode == Mode::Output ? "wb" : "ab");
+    if (mode == Mode::Output) {
+        // A file written anew is gathered in memory and replaces the old one only when it is
+        // closed, through a temporary file and a rename: a crash never leaves half a file.
+        if (!folderExists(p))
+            raise(ErrPathNotFound);
+        std::FILE *f = ::open_memstream(&m_pendingBytes, &m_pendingSize);
+        if (!f)
+            raise(7); // Out of memory
+        m_file = f;
+        m_mode = mode;
+        m_replacing = p;
+        return;
+    }
+    const char *how = mode == Mode::Input ? "rb" : "ab";
     std::FILE *f = std::fopen(p.c_str(), how);
     if (!f)
         raiseOpenError(p, errno, reading);
@@ -75,10 +92,20 @@ void TextFile::open(std::string_view logicPath, Mode mode)
 
 void TextFile::close()
 {
-    if (m_file) {
-        std::fclose(m_file);
-        m_file = nullptr;
-    }
+    if (!m_file)
+        return;
+    std::fclose(m_file);
+    m_file = nullptr;
+    if (m_replacing.empty())
+        return;
+    const std::string bytes(m_pendingBytes ? m_pendingBytes : "", m_pendingSize);
+    std::free(m_pendingBytes);
+    m_pendingBytes = nullptr;
+    m_pendingSize = 0;
+    const fs::path target = std::move(m_replacing);
+    m_replacing.clear();
+    if (!writeFileAtomically(target, bytes))
+        raise(ErrPathFileAccess);
 }
 
 void TextFile::requireOpen() const

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,7 +10,7 @@
 namespace rt {
 
 // A text file as the original platform wrote and read it: Windows-1252 on disk, lines ended by
-// CR LF. Text in memory is UTF-8. Errors are run-time errors: 53 for a missing file on input,
+// CR LF. A file opened for Output replaces the old one only when it is closed, atomically. Text in memory is UTF-8. Errors are run-time errors: 53 for a missing file on input,
 // 75/76 when the file can't be created, 62 when input runs past the end, 52 for a closed file.
 class TextFile {
 public:
@@ -46,6 +47,10 @@ private:
 
     std::FILE *m_file = nullptr;
     Mode m_mode = Mode::Input;
+    // Output: the bytes wait in memory for close(), which replaces the file at once.
+    char *m_pendingBytes = nullptr;
+    size_t m_pendingSize = 0;
+    std::filesystem::path m_replacing;
 };
 
 // The print statement's text of a number: a blank or "-", the digits, and one trailing blank.

@@ -5,6 +5,8 @@
 #include "runtime/ResumeNext.h"
 #include "runtime/TextFile.h"
 #include "ui/AppContext.h"
+#include "ui/FileDialog.h"
+#include "ui/MessageBox.h"
 
 namespace shell {
 
@@ -40,11 +42,11 @@ frmMain::frmMain(ui::AppContext &app)
     , mnAbout(*this, "mnAbout", "About", &mnuxinfo)
     , mnuinfo(*this, "mnuinfo", "Contacting Velmora Works", &mnuxinfo)
     , ctToolBar1(*this, "ctToolBar1")
-    , Label1(*this, "Label1")
+    , lblDevices(*this, "lblDevices")
     , List1(*this, "List1")
-    , Label2(*this, "Label2")
+    , lblWriter(*this, "lblWriter")
     , Text1(*this, "Text1")
-    , Label3(*this, "Label3")
+    , lblDriverType(*this, "lblDriverType")
     , Text2(*this, "Text2")
     , ctButton8(*this, "ctButton8")
     , cdlist(*this, "cdlist")
@@ -73,7 +75,8 @@ frmMain::frmMain(ui::AppContext &app)
     , Slider1(*this, "Slider1", ui::Meter::Style::Slider)
     , Label6(*this, "Label6")
     , ctButton13(*this, "ctButton13")
-    , Label4(*this, "Label4")
+    , Label3(*this, "Label3")
+    , lblMemory(*this, "lblMemory")
     , ctMeter1(*this, "ctMeter1")
     , Picture4(*this, "Picture4")
     , StatusBar1(*this, "StatusBar1", 1)
@@ -100,6 +103,30 @@ frmMain::frmMain(ui::AppContext &app)
     Timer2.Tick = [this] { Timer2_Timer(); };
     Timer3.Tick = [this] { Timer3_Timer(); };
     cdlist.Click = [this] { cdlist_Click(); };
+
+    ctToolBar1.ButtonClick = [this](int index) { ctToolBar1_ButtonClick(index); };
+    ctButton10.Click = [this] { ctButton10_Click(); };
+    ctButton2.Click = [this] { moveRow(-1); };
+    ctButton3.Click = [this] { moveRow(+1); };
+    ctButton9.Click = [this] { ctButton9_Click(); };
+    mainlist.Click = [this] { mainlist_Click(); };
+    mainlist.RowsChanged = [this] { mainlist_RowsChanged(); };
+    ctButton1.Click = [this] { ctButton1_Click(); };
+    mnuscan.Click = [this] { toggleOff(mnuscan); };
+    mnSkin2.Click = [this] { toggleOff(mnSkin2); };
+    mnuexit.Click = [this] { Unload(); };
+    mnuhelponline.Click = [this] { showWindow("Form4"); };
+    mnAbout.Click = [this] { showWindow("about"); };
+    mnuinfo.Click = [this] { showWindow("Form1"); };
+
+    // Hover texts in the first panel of the status line.
+    ctButton1.MouseMove = [this](int, int, int) { hover("Save as WinAmp Playlist"); };
+    ctButton4.MouseMove = [this](int, int, int) { hover("Enable MP3 Directory watch"); };
+    ctButton5.MouseMove = [this](int, int, int) { hover("MP3 to Wav"); };
+    ctToolBar1.MouseMove = [this](int, int, int) { hover("Session Open"); };
+    mainlist.MouseMove = [this](int, int, int) { hover("Session Open"); };
+    Picture4.MouseMove = [this](int, int, int) { hover("Session Open"); };
+    MouseMove = [this](int, int, int) { hover("Session Open"); };
 }
 
 void frmMain::layOut()
@@ -115,17 +142,17 @@ void frmMain::layOut()
         ctToolBar1.addItem({toolCaptions[i], toolTips[i], {}, i % 2 == 1});
     ctToolBar1.setGeometry(0, 0, 10800, 540);
 
-    Label1.setCaption("Available CDR-Hardware");
-    Label1.setGeometry(120, 660, 3300, 255);
+    lblDevices.setCaption("Available CDR-Hardware");
+    lblDevices.setGeometry(120, 660, 3300, 255);
     List1.setGeometry(120, 915, 3300, 900);
     List1.setEnabled(false);
-    Label2.setCaption("Selected EAC-Hardware");
-    Label2.setGeometry(120, 1890, 3300, 255);
+    lblWriter.setCaption("Selected EAC-Hardware");
+    lblWriter.setGeometry(120, 1890, 3300, 255);
     Text1.setText("automatic selected CD writer");
     Text1.setGeometry(120, 2145, 3300, 330);
     Text1.setEnabled(false);
-    Label3.setCaption("Driver type");
-    Label3.setGeometry(120, 2580, 1000, 255);
+    lblDriverType.setCaption("Driver type");
+    lblDriverType.setGeometry(120, 2580, 1000, 255);
     Text2.setGeometry(1140, 2535, 780, 330);
     ctButton8.setCaption("CD-Adapt");
     ctButton8.setGeometry(2040, 2520, 1380, 360);
@@ -180,8 +207,9 @@ void frmMain::layOut()
     ctButton13.setCaption("Flash Burn>>");
     ctButton13.setGeometry(8940, 5820, 1740, 870);
 
-    Label4.setCaption("Memory in use");
-    Label4.setGeometry(120, 5040, 3300, 255);
+    Label3.setGeometry(3600, 6780, 5220, 300);
+    lblMemory.setCaption("Memory in use");
+    lblMemory.setGeometry(120, 5040, 3300, 255);
     ctMeter1.setMin(0);
     ctMeter1.setMax(100);
     ctMeter1.setValue(100);
@@ -372,6 +400,178 @@ void frmMain::cdlist_Click()
         Text2.setText(std::to_string(*type));
 }
 
+void frmMain::ctToolBar1_ButtonClick(int index)
+{
+    // The toolbar passes over whatever fails, like the Start command.
+    rt::ResumeNext step;
+    switch (index) {
+    case 1:
+        newLayout();
+        break;
+    case 5:
+        step([&] { app().formByName("Form7").Show(); });
+        break;
+    case 7:
+        step([&] { app().formByName("CoverDesigner").Show(); });
+        break;
+    case 9:
+        ui::MsgBox(app(), "Error loading DVD driver velmoradvd.dll - Please make sure that you DVD is connected properly",
+                   ui::vbInformation, "Velmora Works - Notification");
+        break;
+    case 11:
+        step([&] { app().formByName("connect").Show(); });
+        break;
+    case 13:
+        step([&] { app().formByName("Form6").Show(); });
+        break;
+    default:
+        break;
+    }
+}
+
+void frmMain::newLayout()
+{
+    rt::ResumeNext step;
+    auto unloadBuilder = [&] {
+        if (ui::Window *builder = app().findLoaded("Form5"))
+            builder->Unload();
+    };
+    if (mainlist.ListCount() == 0) {
+        step(unloadBuilder);
+        step([&] { app().formByName("Form2").Show(); });
+        return;
+    }
+    const int answer = ui::MsgBox(app(),
+                                  "You currently have a list loaded!  This action will erase your current list. Would you "
+                                  "like to continue?",
+                                  ui::vbYesNo, "Velmora Works Notification");
+    if (answer == ui::vbNo)
+        return;
+    step(unloadBuilder);
+    // filex and time keep their rows until the next hand-over clears them.
+    step([&] { mainlist.Clear(); });
+    step([&] { app().formByName("Form2").Show(); });
+}
+
+void frmMain::ctButton10_Click()
+{
+    // The builder's layout is the master: the visible list is rebuilt at the next hand-over.
+    // The builder is reached by name: the layout depends on this window, not the other way.
+    ui::Window &builder = app().formByName("Form5");
+    builder.callRoutine("bringmeforward", {});
+    mainlist.Clear();
+    if (auto *handOver = builder.control("ctButton4"))
+        handOver->setProperty("Caption", {}, "Apply Changes");
+}
+
+void frmMain::moveRow(int by)
+{
+    if (mainlist.ListCount() <= 1)
+        return;
+    selectedRow += by;
+    const int r = selectedRowAlso.value();
+    if (!mainlist.Selected(r))
+        return;
+    const int other = r + by;
+    ui::ListBox *lists[] = {&mainlist, &filex, &time};
+    std::string rowText[3], otherText[3];
+    for (int l = 0; l < 3; ++l) {
+        rowText[l] = lists[l]->List(r);
+        otherText[l] = lists[l]->List(other);
+    }
+    // A read outside the list gives the empty text: the first row can't go up, the last not down.
+    if (otherText[0].empty())
+        return;
+    for (int l = 0; l < 3; ++l) {
+        lists[l]->RemoveItem(other);
+        lists[l]->AddItem(rowText[l], other);
+        lists[l]->RemoveItem(r);
+        lists[l]->AddItem(otherText[l], r);
+    }
+    for (ui::ListBox *list : lists)
+        list->setSelected(other, true);
+    selectedRowAlso = other;
+}
+
+void frmMain::ctButton9_Click()
+{
+    // No current row passes -1 on to the lists, and their refusal is not caught.
+    if (mainlist.ListCount() > 0) {
+        const int i = mainlist.ListIndex();
+        filex.setSelected(i, true);
+        filex.RemoveItem(i);
+        time.RemoveItem(i);
+        mainlist.RemoveItem(i);
+    }
+}
+
+void frmMain::mainlist_Click()
+{
+    const int i = mainlist.ListIndex();
+    selectedRow = i;
+    selectedRowAlso = i;
+    if (isPlaying == 0)
+        ctButton12.setEnabled(true);
+    filex.setSelected(i, true);
+    time.setSelected(i, true);
+}
+
+void frmMain::mainlist_RowsChanged()
+{
+    if (mainlist.ListCount() == 0)
+        ctButton9.setEnabled(false);
+}
+
+void frmMain::ctButton1_Click()
+{
+    if (mainlist.ListCount() == 0)
+        return;
+    ui::FileDialogRequest request;
+    request.kind = ui::FileDialogRequest::Kind::Save;
+    request.flags = 4;
+    request.title = "Save List as WINAMP Playlist";
+    request.filter = "MP3 PlayLists|*.M3U";
+    // Cancel raises no error here: it hands on the empty name, and that fails with the message.
+    const auto chosen = app().runModal([&] { return app().dialogs().run(request); });
+    pOutputPlayList(chosen.value_or(""));
+}
+
+void frmMain::pOutputPlayList(const std::string &path)
+{
+    rt::TextFile file;
+    try {
+        file.open(path, rt::TextFile::Mode::Output);
+        for (int i = 0; i < filex.ListCount(); ++i)
+            file.printLine(filex.List(i));
+        file.close();
+    } catch (const rt::RuntimeError &) {
+        try {
+            file.close();
+        } catch (const rt::RuntimeError &) {
+        }
+        ui::MsgBox(app(), "Could not create playlist!");
+    }
+}
+
+void frmMain::toggleOff(ui::MenuItem &entry)
+{
+    // Ticked when off, then unticked when on: the entry always ends unticked.
+    if (!entry.Checked())
+        entry.setChecked(true);
+    if (entry.Checked())
+        entry.setChecked(false);
+}
+
+void frmMain::showWindow(const char *name)
+{
+    app().formByName(name).Show();
+}
+
+void frmMain::hover(const char *text)
+{
+    StatusBar1.setPanel(1, text);
+}
+
 std::optional<std::string> frmMain::member(const std::string &name) const
 {
     auto integer = [](rt::Integer v) { return std::to_string(v.value()); };
@@ -394,10 +594,14 @@ std::optional<std::string> frmMain::member(const std::string &name) const
     return std::nullopt;
 }
 
-std::optional<std::string> frmMain::callRoutine(const std::string &name, const std::vector<std::string> &)
+std::optional<std::string> frmMain::callRoutine(const std::string &name, const std::vector<std::string> &args)
 {
     if (name == "writerInit") {
         writerInit();
+        return std::string();
+    }
+    if (name == "pOutputPlayList") {
+        pOutputPlayList(args.empty() ? std::string() : args[0]);
         return std::string();
     }
     return std::nullopt;

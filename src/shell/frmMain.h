@@ -34,6 +34,8 @@ public:
 
     // Connects to the writing engine and makes the first recorder it knows current.
     void writerInit();
+    // Writes the paths of the CD list, one a line; any failure shows one message.
+    void pOutputPlayList(const std::string &path);
 
     std::optional<std::string> member(const std::string &name) const override;
     std::optional<std::string> callRoutine(const std::string &name, const std::vector<std::string> &args) override;
@@ -73,11 +75,11 @@ public:
     ui::ToolBar ctToolBar1;
 
     // The writer.
-    ui::Label Label1;
+    ui::Label lblDevices;
     ui::ListBox List1;
-    ui::Label Label2;
+    ui::Label lblWriter;
     ui::TextBox Text1;
-    ui::Label Label3;
+    ui::Label lblDriverType;
     ui::TextBox Text2;
     ui::Button ctButton8;
     ui::ComboBox cdlist;
@@ -114,7 +116,9 @@ public:
     ui::Label Label6;
 
     ui::Button ctButton13;
-    ui::Label Label4;
+    // The time left on the handed-over layout.
+    ui::Label Label3;
+    ui::Label lblMemory;
     ui::Meter ctMeter1;
     ui::PictureBox Picture4;
     ui::StatusBar StatusBar1;
@@ -145,6 +149,17 @@ private:
     void Timer2_Timer();
     void Timer3_Timer();
     void cdlist_Click();
+    void ctToolBar1_ButtonClick(int index);
+    void newLayout();
+    void ctButton10_Click();
+    void moveRow(int by);
+    void ctButton9_Click();
+    void mainlist_Click();
+    void mainlist_RowsChanged();
+    void ctButton1_Click();
+    void toggleOff(ui::MenuItem &entry);
+    void showWindow(const char *name);
+    void hover(const char *text);
 };
 
 } // namespace shell

@@ -37,6 +37,7 @@
 #include "ui/Button.h"
 #include "ui/CheckBox.h"
 #include "ui/ComboBox.h"
+#include "ui/HyperLink.h"
 #include "ui/Label.h"
 #include "ui/ListBox.h"
 #include "ui/MenuItem.h"
@@ -102,6 +103,7 @@ public:
         , text(*this, "Text1")
         , memo(*this, "Text2")
         , picture(*this, "Picture1")
+        , link(*this, "ctHyperLink1")
         , status(*this, "StatusBar1", 3)
         , timer(*this, "Timer1", 0, false)
     {
@@ -131,6 +133,7 @@ public:
         memo.setMultiLine(true);
         memo.setGeometry(3300, 4200, 3000, 900);
         picture.setGeometry(600, 4300, 1500, 1500);
+        link.setGeometry(3300, 5300, 3000, 300);
     }
 
     ui::MenuItem mnuFile, mnuOpen, mnuSep, mnuLoop;
@@ -143,6 +146,7 @@ public:
     ui::Meter meter, progress, slider;
     ui::TextBox text, memo;
     ui::PictureBox picture;
+    ui::HyperLink link;
     ui::StatusBar status;
     ui::Timer timer;
 };
@@ -520,6 +524,43 @@ TEST_F(Views, LabelsFramesButtonsAndPictures)
     QCoreApplication::sendEvent(picture, &move);
     EXPECT_EQ(moveX, 150);
     EXPECT_EQ(moveY, 300);
+}
+
+TEST_F(Views, HyperLinkShowsALinkAndReportsClicks)
+{
+    w->link.setCaption("User &guide");
+    w->link.setAddress("file:///tmp/README.md");
+    auto *label = widget<QLabel>(w->link);
+    ASSERT_NE(label, nullptr);
+    EXPECT_EQ(label->text(), "User guide");
+    EXPECT_EQ(label->textFormat(), Qt::PlainText);
+    EXPECT_TRUE(label->font().underline());
+    EXPECT_EQ(label->cursor().shape(), Qt::PointingHandCursor);
+    EXPECT_EQ(label->geometry(), QRect(220, 353, 200, 20));
+    // Without a tip of its own it tells where it leads.
+    EXPECT_EQ(label->toolTip(), "file:///tmp/README.md");
+    w->link.setToolTipText("Open the guide");
+    EXPECT_EQ(label->toolTip(), "Open the guide");
+    w->link.setCaption("Licence");
+    EXPECT_EQ(label->text(), "Licence");
+
+    // A click is only reported: the address is the logic's to open.
+    int clicks = 0;
+    w->link.Click = [&] { ++clicks; };
+    QTest::mouseClick(label, Qt::LeftButton);
+    EXPECT_EQ(clicks, 1);
+    EXPECT_EQ(w->link.Address(), "file:///tmp/README.md");
+    QTest::mouseClick(label, Qt::RightButton);
+    EXPECT_EQ(clicks, 1);
+    w->link.setEnabled(false);
+    EXPECT_FALSE(label->isEnabled());
+    QTest::mouseClick(label, Qt::LeftButton);
+    EXPECT_EQ(clicks, 1);
+    w->link.setEnabled(true);
+    w->link.Click = [&] { w->Unload(); };
+    QTest::mouseClick(label, Qt::LeftButton);
+    EXPECT_EQ(app.findLoaded("ViewTest"), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 TEST_F(Views, WindowFollowsCaptionVisibilityAndClose)

@@ -49,6 +49,9 @@ TEST(Mid, InvalidArguments)
     EXPECT_EQ(errorOf([] { Mid("abc", 0); }), 5);
     EXPECT_EQ(errorOf([] { Mid("abc", -1, 1); }), 5);
     EXPECT_EQ(errorOf([] { Mid("abc", 1, -2); }), 5);
+    // A computed length of -1 is as wrong as any other negative one, not "to the end".
+    EXPECT_EQ(errorOf([] { Mid("abc", 1, -1); }), 5);
+    EXPECT_EQ(errorOf([] { Mid("", 1, -1); }), 5);
     EXPECT_EQ(errorOf([] { Mid("", 0); }), 5);
 }
 

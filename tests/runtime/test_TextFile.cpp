@@ -263,3 +263,34 @@ TEST_F(FileTest, BinaryOpenModes)
     EXPECT_EQ(errorOf([&] { r.length(); }), 52);
     EXPECT_EQ(errorOf([&] { r.put(1, "x"); }), 52);
 }
+
+TEST_F(FileTest, OutputReplacesTheOldFileOnlyAtClose)
+{
+    write("list.m3u", "old\r\n");
+    {
+        TextFile f(path("list.m3u"), TextFile::Mode::Output);
+        f.printLine("new");
+        EXPECT_EQ(read("list.m3u"), "old\r\n");
+        f.close();
+    }
+    EXPECT_EQ(read("list.m3u"), "new\r\n");
+    int entries = 0;
+    for ([[maybe_unused]] const auto &e : fs::directory_iterator(dir))
+        ++entries;
+    EXPECT_EQ(entries, 1);
+}
+
+TEST_F(FileTest, OutputLeftOpenIsWrittenWhenTheFileGoes)
+{
+    {
+        TextFile f(path("late.txt"), TextFile::Mode::Output);
+        f.printLine("kept");
+    }
+    EXPECT_EQ(read("late.txt"), "kept\r\n");
+}
+
+TEST_F(FileTest, OutputIntoAMissingFolderIsPathNotFound)
+{
+    EXPECT_EQ(errorOf([&] { TextFile f(path("none/x.txt"), TextFile::Mode::Output); }), 76);
+    EXPECT_FALSE(fs::exists(dir / "none"));
+}

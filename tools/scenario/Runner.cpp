@@ -7,9 +7,11 @@
 #include "Mp3Maker.h"
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
+#include "platform/system/XdgShell.h"
 #include "runtime/RuntimeError.h"
 #include "runtime/Paths.h"
 #include "runtime/Strings.h"
+#include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/ComboBox.h"
 #include "ui/ListBox.h"
@@ -378,7 +380,7 @@ void Runner::cmdUse(const Tokens &t)
     const std::string &component = t[2].text;
     if (m_app)
         fail("use must come before start");
-    if (component != "settings" && component != "sysinfo") {
+    if (component != "settings" && component != "sysinfo" && component != "shell") {
         if (t[1].text == "real")
             fail("there is no real " + component + " yet");
         if (component != "writer" && component != "audio")
@@ -406,6 +408,8 @@ void Runner::cmdFake(const Tokens &t)
             w.writerDevices.emplace_back(t[i].text, toInt(t[i + 1].text));
     } else if ((component == "writer" || component == "audio") && setting == "absent" && t.size() == 3) {
         (component == "writer" ? w.hasWriter : w.hasAudioChain) = false;
+    } else if (component == "shell" && setting == "result" && t.size() == 4) {
+        w.shellResult = toInt(t[3].text);
     } else if (component == "audio" && setting == "eqini" && t.size() == 5) {
         w.iniGains[toInt(t[3].text)] = std::stod(t[4].text);
     } else {
@@ -424,8 +428,11 @@ void Runner::cmdStart()
     }
     if (m_useReal["sysinfo"])
         m_components->systemInfo = [] { return std::make_unique<platform::system::ProcSystemInfo>(); };
+    if (m_useReal["shell"])
+        m_components->shell = [] { return std::make_unique<platform::system::XdgShell>(); };
     m_app = std::make_unique<ui::AppContext>(*m_loop, *m_boxes, *m_dialogs, *m_components, m_prog.string());
     shell::registerShellWindows(*m_app);
+    layout::registerLayoutWindows(*m_app);
     act([&] { m_loop->deliver([&] { shell::startProgram(*m_app); }); });
 }
 

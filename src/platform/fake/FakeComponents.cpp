@@ -163,6 +163,18 @@ public:
     void setVolume(int v) override { record("Volume", v); }
 };
 
+// Opens nothing: logs the address (also as "Shell.LastAddress") and answers as told.
+class FakeShell : public Shell, Recorder {
+public:
+    explicit FakeShell(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "Shell") {}
+    int openAddress(const std::string &address) override
+    {
+        call("openAddress " + address);
+        world().properties["Shell.LastAddress"] = address;
+        return world().shellResult;
+    }
+};
+
 template <class Fake, class Interface>
 std::function<std::unique_ptr<Interface>()> maker(const std::shared_ptr<FakeWorld> &world)
 {
@@ -176,6 +188,7 @@ Components makeFakeComponents(std::shared_ptr<FakeWorld> world)
     Components c;
     c.settingsStore = [world] { return std::make_unique<FakeSettingsStore>(world->registry); };
     c.systemInfo = maker<FakeSystemInfo, SystemInfo>(world);
+    c.shell = maker<FakeShell, Shell>(world);
     if (world->hasWriter)
         c.writerEngine = maker<FakeWriter, WriterEngine>(world);
     if (world->hasAudioChain) {

@@ -8,6 +8,7 @@
 
 #include "platform/AudioChain.h"
 #include "platform/Components.h"
+#include "platform/Shell.h"
 #include "platform/SystemInfo.h"
 #include "platform/WriterEngine.h"
 #include "platform/fake/FakeSettingsStore.h"
@@ -25,6 +26,9 @@ struct FakeWorld {
     // Writer engine: what InitEngine returns, and the recorders it finds (name, driver type).
     int writerInitResult = 0;
     std::vector<std::pair<std::string, int>> writerDevices{{"Image Recorder", 10}};
+
+    // Shell: what openAddress returns (non-zero: the address could not be handed over).
+    int shellResult = 0;
 
     // Every property a fake component was given, as "Component.Property" -> value text,
     // and every call, in order.

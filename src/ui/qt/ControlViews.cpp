@@ -3,11 +3,13 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFileInfo>
+#include <QFont>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPalette>
 #include <QPixmap>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -24,6 +26,7 @@
 #include "ui/Button.h"
 #include "ui/CheckBox.h"
 #include "ui/ComboBox.h"
+#include "ui/HyperLink.h"
 #include "ui/Label.h"
 #include "ui/ListBox.h"
 #include "ui/MenuItem.h"
@@ -135,6 +138,53 @@ protected:
 private:
     QPushButton *m_button;
     std::string m_picture;
+};
+
+class HyperLinkView : public ControlView {
+public:
+    HyperLinkView(HyperLink &link, WindowView &window)
+        : ControlView(link, window)
+        , m_label(new QLabel(window.canvas()))
+    {
+        // Drawn as a link by hand: a rich-text anchor would open the address itself, and
+        // what a click does is the window's business.
+        m_label->setTextFormat(Qt::PlainText);
+        m_label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+        m_label->setCursor(Qt::PointingHandCursor);
+        QFont font = m_label->font();
+        font.setUnderline(true);
+        m_label->setFont(font);
+        QPalette palette = m_label->palette();
+        for (auto group : {QPalette::Active, QPalette::Inactive})
+            palette.setColor(group, QPalette::WindowText, palette.color(group, QPalette::Link));
+        m_label->setPalette(palette);
+        setWidget(m_label);
+    }
+
+protected:
+    void apply() override
+    {
+        auto &link = *static_cast<HyperLink *>(m_control);
+        const QString text = withoutMnemonic(link.Caption());
+        if (m_label->text() != text)
+            m_label->setText(text);
+        // Without a tip of its own the link tells where it leads.
+        if (link.ToolTipText().empty() && m_label->toolTip() != qs(link.Address()))
+            m_label->setToolTip(qs(link.Address()));
+    }
+    bool widgetEvent(QWidget *part, QEvent *event) override
+    {
+        // A disabled link (or one in a disabled frame) is text, nothing more.
+        if (m_control && m_label->isEnabled() && event->type() == QEvent::MouseButtonRelease) {
+            auto *me = static_cast<QMouseEvent *>(event);
+            if (me->button() == Qt::LeftButton && part->rect().contains(me->position().toPoint()))
+                m_control->userClick();
+        }
+        return false;
+    }
+
+private:
+    QLabel *m_label;
 };
 
 class CheckBoxView : public ControlView {
@@ -501,6 +551,8 @@ std::unique_ptr<ControlView> makeControlView(Control &control, WindowView &windo
         return std::make_unique<LabelView>(*c, window);
     if (auto *c = dynamic_cast<Button *>(&control))
         return std::make_unique<ButtonView>(*c, window);
+    if (auto *c = dynamic_cast<HyperLink *>(&control))
+        return std::make_unique<HyperLinkView>(*c, window);
     if (auto *c = dynamic_cast<CheckBox *>(&control))
         return std::make_unique<CheckBoxView>(*c, window);
     if (auto *c = dynamic_cast<ComboBox *>(&control))
