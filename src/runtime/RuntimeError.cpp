@@ -27,7 +27,9 @@ std::string errorDescription(int number)
     case 76: return "Path not found";
     case 91: return "Object variable or With block variable not set";
     case 380: return "Invalid property value";
+    case 381: return "Invalid property array index";
     case 424: return "Object required";
+    case 449: return "Argument not optional";
     case 32755: return "Cancel was selected.";
     default: return "Application-defined or object-defined error";
     }
