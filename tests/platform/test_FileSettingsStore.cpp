@@ -117,3 +117,19 @@ TEST_F(FileSettingsStoreTest, DefaultFileFollowsXdgConfigHome)
 }
 
 } // namespace
+
+TEST_F(FileSettingsStoreTest, NamesThatLookLikeCommentsOrSectionsRoundTrip)
+{
+    FileSettingsStore store(file);
+    store.OpenKey(SettingsStore::HKEY_CURRENT_USER, key);
+    store.WriteValue("#hash", "1", SettingsStore::REG_SZ);
+    store.WriteValue(";semi", "2", SettingsStore::REG_SZ);
+    store.WriteValue("[x", "y]", SettingsStore::REG_SZ);
+    store.WriteValue("", "default", SettingsStore::REG_SZ);
+    EXPECT_EQ(store.ReadValue("#hash"), "1");
+    EXPECT_EQ(store.ReadValue(";semi"), "2");
+    EXPECT_EQ(store.ReadValue("[x"), "y]");
+    EXPECT_EQ(store.ReadValue(""), "default");
+    const auto sections = FileSettingsStore::parse(text());
+    EXPECT_EQ(FileSettingsStore::parse(FileSettingsStore::serialise(sections)), sections);
+}

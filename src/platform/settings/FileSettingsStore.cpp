@@ -35,12 +35,23 @@ std::string escape(const std::string &s)
     return out;
 }
 
+// A name must not look like a comment or a section when it starts its line, nor vanish when empty.
+std::string escapeName(const std::string &s)
+{
+    if (s.empty())
+        return "\\0";
+    const std::string e = escape(s);
+    return e[0] == '#' || e[0] == ';' || e[0] == '[' ? "\\" + e : e;
+}
+
 std::string unescape(const std::string &s)
 {
     std::string out;
     for (size_t i = 0; i < s.size(); ++i) {
         if (s[i] == '\\' && i + 1 < s.size()) {
             const char n = s[++i];
+            if (n == '0')
+                continue;
             out += n == 'n' ? '\n' : n == 'r' ? '\r' : n == 'e' ? '=' : n;
         } else {
             out += s[i];
@@ -113,7 +124,7 @@ std::string FileSettingsStore::serialise(const std::map<std::string, Values> &se
     for (const auto &[section, values] : sections) {
         out += "[" + section + "]\n";
         for (const auto &[name, value] : values)
-            out += escape(name) + "=" + escape(value) + "\n";
+            out += escapeName(name) + "=" + escape(value) + "\n";
         out += "\n";
     }
     return out;
