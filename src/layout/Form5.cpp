@@ -81,10 +81,10 @@ void Form5::layOut()
     ctButton3.setCaption("Load MP3 Files");
     ctButton3.setGeometry(120, 120, 1800, 420);
     Label1.setCaption("Current Folder:");
-    Label1.setGeometry(2040, 180, 1200, 300);
+    Label1.setGeometry(2040, 180, 1440, 300);
     Label1.setVisible(false);
     Label7.setCaption("Position Empty-");
-    Label7.setGeometry(3240, 180, 7920, 300);
+    Label7.setGeometry(3480, 180, 7680, 300);
     Label7.setVisible(false);
 
     ctList1.setColumnHeaders({"", "MP3 System Files", "Time"});
@@ -116,15 +116,16 @@ void Form5::layOut()
     ctGroup1.setCaption("Digital DCX");
     ctGroup1.setGeometry(120, 5940, 5400, 1200);
     Check1.setCaption("On/Off");
-    Check1.setGeometry(240, 6240, 1500, 300);
+    // Inside the frame, positions count from the frame's corner.
+    Check1.setGeometry(120, 300, 1500, 300);
     Check1.setContainer(&ctGroup1);
     Check2.setCaption("Cluster Sequence");
-    Check2.setGeometry(240, 6600, 2200, 300);
+    Check2.setGeometry(120, 660, 2200, 300);
     Check2.setContainer(&ctGroup1);
     ctText1.setText("Wide-");
-    ctText1.setGeometry(2640, 6240, 1200, 330);
+    ctText1.setGeometry(2520, 300, 1200, 330);
     ctText1.setContainer(&ctGroup1);
-    Slider1.setGeometry(2640, 6660, 2700, 330);
+    Slider1.setGeometry(2520, 720, 2700, 330);
     Slider1.setContainer(&ctGroup1);
 
     ctButton5.setCaption("Save Session");

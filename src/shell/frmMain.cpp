@@ -209,7 +209,8 @@ void frmMain::layOut()
 
     Label3.setGeometry(3600, 6780, 5220, 300);
     lblMemory.setCaption("Memory in use");
-    lblMemory.setGeometry(120, 5040, 3300, 255);
+    // No wider than its column: the second column of check boxes reaches down beside it.
+    lblMemory.setGeometry(120, 5040, 1590, 255);
     ctMeter1.setMin(0);
     ctMeter1.setMax(100);
     ctMeter1.setValue(100);

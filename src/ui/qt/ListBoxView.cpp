@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QIcon>
 #include <QKeyEvent>
@@ -9,6 +10,7 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QScrollBar>
+#include <QStyle>
 #include <QTreeView>
 
 #include "QtSupport.h"
@@ -208,9 +210,30 @@ void ListBoxView::layColumns()
     const int columns = m_model->columnCount();
     if (columns <= 1)
         return;
-    const int width = std::max(kitRect().width() - 4, columns * 20);
-    for (int c = 0; c < columns - 1; ++c)
-        m_view->header()->resizeSection(c, width / columns);
+    // The titles get the room: a column without a header holds the row mark only, the last
+    // column (a time) keeps room for "00-00:00" or its header, and the columns between share
+    // the rest. The scroll bar's room stays free, so many rows never hide the last column.
+    const QFontMetrics fm(m_view->font());
+    const int padding = 2 * fm.horizontalAdvance(QLatin1Char('x'));
+    const int icon = m_view->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, m_view);
+    const auto header = [&](int c) { return m_model->headerData(c, Qt::Horizontal, Qt::DisplayRole).toString(); };
+    const int lastWidth =
+        std::max(fm.horizontalAdvance(header(columns - 1)), fm.horizontalAdvance(QStringLiteral("00-00:00"))) + padding;
+    int available =
+        kitRect().width() - 2 * m_view->frameWidth() - m_view->verticalScrollBar()->sizeHint().width() - lastWidth;
+    int shared = 0;
+    for (int c = 0; c < columns - 1; ++c) {
+        if (header(c).isEmpty())
+            available -= icon + padding;
+        else
+            ++shared;
+    }
+    for (int c = 0; c < columns - 1; ++c) {
+        const int w = header(c).isEmpty() ? icon + padding : available / std::max(1, shared);
+        m_view->header()->resizeSection(c, std::max(w, 20));
+    }
+    // The last column stretches over what is left, but never below the size it was given.
+    m_view->header()->resizeSection(columns - 1, lastWidth);
 }
 
 void ListBoxView::syncSelection(bool full)

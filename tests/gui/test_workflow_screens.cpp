@@ -1,0 +1,519 @@
+// The layout workflow as a user goes through it, on the real windows drawn by the Qt front end:
+// disc choice, a folder of real MP3s, tracks added, the disc over time, the hand-over to the
+// main window. Each stage is photographed into the build's screenshot folder, and what the
+// pictures show is checked on the widgets themselves.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QFontMetrics>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QImage>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStyle>
+#include <QTest>
+#include <QTreeView>
+
+#include <gtest/gtest.h>
+
+#include "Mp3Maker.h"
+#include "layout/Form2.h"
+#include "layout/Form5.h"
+#include "layout/LayoutWindows.h"
+#include "platform/Components.h"
+#include "platform/fake/FakeComponents.h"
+#include "shell/ShellWindows.h"
+#include "shell/frmMain.h"
+#include "ui/AppContext.h"
+#include "ui/MessageBox.h"
+#include "ui/ScriptedServices.h"
+#include "ui/qt/QtEventLoop.h"
+#include "ui/qt/QtFrontEnd.h"
+#include "ui/qt/WindowView.h"
+
+#ifndef BRASSWICK_PROGRAM_DIR
+#error "BRASSWICK_PROGRAM_DIR must name the program folder of the build"
+#endif
+#ifndef BRASSWICK_SCREENSHOT_DIR
+#error "BRASSWICK_SCREENSHOT_DIR must name the folder the pictures go to"
+#endif
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class QtEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override
+    {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "gui_workflow_screens";
+        static char *argv[] = {name, nullptr};
+        m_app = new QApplication(argc, argv);
+    }
+    void TearDown() override
+    {
+        delete m_app;
+        m_app = nullptr;
+    }
+
+private:
+    QApplication *m_app = nullptr;
+};
+
+const auto *const environment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);
+
+// A scratch folder that goes with the test.
+class ScratchFolder {
+public:
+    explicit ScratchFolder(const std::string &stem)
+    {
+        std::random_device rd;
+        m_path = fs::temp_directory_path() / (stem + "-" + std::to_string(rd()));
+        fs::create_directories(m_path);
+    }
+    ~ScratchFolder()
+    {
+        std::error_code ec;
+        fs::remove_all(m_path, ec);
+    }
+    const fs::path &path() const { return m_path; }
+
+private:
+    fs::path m_path;
+};
+
+// A running program on Qt's loop with scripted boxes and dialogs and fake components. The
+// program folder is a copy of the build's, as the layout writes its last folder into it.
+struct Program {
+    explicit Program(const fs::path &work)
+        : prog(work / "prog")
+    {
+        fs::create_directories(prog);
+        fs::copy(BRASSWICK_PROGRAM_DIR, prog, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+        app = std::make_unique<ui::AppContext>(loop, boxes, dialogs, components, prog.string());
+        frontEnd = std::make_unique<uiqt::QtFrontEnd>(*app);
+        shell::registerShellWindows(*app);
+        layout::registerLayoutWindows(*app);
+    }
+    ~Program()
+    {
+        frontEnd.reset();
+        app.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    uiqt::WindowView &view(const std::string &windowName) const
+    {
+        uiqt::WindowView *v = frontEnd->view(windowName);
+        if (!v)
+            throw std::runtime_error("no view of " + windowName);
+        return *v;
+    }
+    template <class W>
+    W *widget(const std::string &windowName, const ui::Control &control) const
+    {
+        return qobject_cast<W *>(view(windowName).widgetFor(control));
+    }
+
+    fs::path prog;
+    uiqt::QtEventLoop loop;
+    ui::ScriptedMessageBoxes boxes;
+    ui::ScriptedDialogs dialogs;
+    std::shared_ptr<platform::fake::FakeWorld> world = std::make_shared<platform::fake::FakeWorld>();
+    platform::Components components = platform::fake::makeFakeComponents(world);
+    std::unique_ptr<ui::AppContext> app;
+    std::unique_ptr<uiqt::QtFrontEnd> frontEnd;
+};
+
+// Real time passes and the windows paint.
+void settle(int ms = 150)
+{
+    QTest::qWait(ms);
+}
+
+int distinctColours(const QImage &image, int enough)
+{
+    std::set<QRgb> seen;
+    for (int y = 0; y < image.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            seen.insert(line[x]);
+            if (static_cast<int>(seen.size()) >= enough)
+                return enough;
+        }
+    }
+    return static_cast<int>(seen.size());
+}
+
+std::string shotPath(const std::string &file)
+{
+    fs::create_directories(BRASSWICK_SCREENSHOT_DIR);
+    return (fs::path(BRASSWICK_SCREENSHOT_DIR) / file).string();
+}
+
+// Photographs a window and checks that the picture is a picture, not a blank.
+void photograph(const Program &p, const std::string &windowName, const std::string &file)
+{
+    const std::string path = shotPath(file);
+    std::error_code ec;
+    fs::remove(path, ec);
+    ASSERT_TRUE(p.frontEnd->saveScreenshot(windowName, path)) << file;
+    ASSERT_TRUE(fs::exists(path)) << file;
+    const QImage image(QString::fromStdString(path));
+    ASSERT_FALSE(image.isNull()) << file;
+    EXPECT_GT(distinctColours(image.convertToFormat(QImage::Format_RGB32), 64), 20) << file << " is nearly one colour";
+    std::cout << "[ picture ] " << path << " (" << image.width() << "x" << image.height() << ")\n";
+}
+
+// What a user could not read: a control's widget outside its window, visible controls on top of
+// each other, a caption cut off by its control's edges.
+// Labels in `free` show texts of any length (a folder's path) and are not measured.
+std::vector<std::string> readabilityProblems(uiqt::WindowView &view, const std::vector<const ui::Control *> &free)
+{
+    std::vector<std::string> problems;
+    ui::Window *w = view.window();
+    if (!w)
+        return {"the window is gone"};
+    struct Shown {
+        std::string name;
+        QWidget *widget;
+    };
+    std::vector<Shown> shown;
+    for (ui::Control *c : w->controls()) {
+        QWidget *widget = view.widgetFor(*c);
+        if (!widget || widget->isHidden() || !c->Visible())
+            continue;
+        const std::string name = c->fullName();
+        shown.push_back({name, widget});
+        if (QWidget *parent = widget->parentWidget(); parent && !parent->rect().contains(widget->geometry()))
+            problems.push_back(name + " reaches outside its container");
+
+        const QFontMetrics fm(widget->font());
+        const bool measured = std::find(free.begin(), free.end(), c) == free.end();
+        if (auto *label = qobject_cast<QLabel *>(widget); label && !label->text().isEmpty() && measured) {
+            const QRect room = label->contentsRect();
+            const QRect needed = fm.boundingRect(room, Qt::TextWordWrap | label->alignment(), label->text());
+            if (needed.height() > room.height() || needed.width() > room.width())
+                problems.push_back(name + " cuts off \"" + label->text().toStdString() + "\"");
+        } else if (auto *check = qobject_cast<QCheckBox *>(widget)) {
+            if (check->sizeHint().width() > check->width() || fm.height() > check->height())
+                problems.push_back(name + " cuts off \"" + check->text().toStdString() + "\"");
+        } else if (auto *button = qobject_cast<QPushButton *>(widget); button && !button->text().isEmpty()) {
+            if (fm.horizontalAdvance(button->text()) + 8 > button->width() || fm.height() + 4 > button->height())
+                problems.push_back(name + " cuts off \"" + button->text().toStdString() + "\"");
+        } else if (auto *group = qobject_cast<QGroupBox *>(widget)) {
+            if (fm.horizontalAdvance(group->title()) + 16 > group->width())
+                problems.push_back(name + " cuts off \"" + group->title().toStdString() + "\"");
+        } else if (auto *tree = qobject_cast<QTreeView *>(widget)) {
+            // Columns that fit without scrolling sideways, and rows that show their whole text.
+            if (tree->header()->length() > tree->viewport()->width())
+                problems.push_back(name + " has columns wider than the list");
+            const QAbstractItemModel *m = tree->model();
+            const QFontMetrics rowFont(tree->font());
+            const int markRoom = tree->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, tree) + 4;
+            for (int r = 0; r < std::min(m->rowCount(), 200); ++r) {
+                for (int c = 0; c < m->columnCount(); ++c) {
+                    const QModelIndex index = m->index(r, c);
+                    const QString text = m->data(index).toString();
+                    const bool mark = !m->data(index, Qt::DecorationRole).isNull();
+                    const int needed = rowFont.horizontalAdvance(text) + (mark ? markRoom : 0) + 6;
+                    if (!text.isEmpty() && needed > tree->header()->sectionSize(c))
+                        problems.push_back(name + " cuts off \"" + text.toStdString() + "\"");
+                }
+            }
+        }
+    }
+    for (size_t i = 0; i < shown.size(); ++i) {
+        for (size_t j = i + 1; j < shown.size(); ++j) {
+            QWidget *a = shown[i].widget;
+            QWidget *b = shown[j].widget;
+            if (a->parentWidget() != b->parentWidget())
+                continue;
+            if (a->geometry().intersects(b->geometry()))
+                problems.push_back(shown[i].name + " and " + shown[j].name + " overlap");
+        }
+    }
+    return problems;
+}
+
+void expectReadable(Program &p, const std::string &windowName, const std::vector<const ui::Control *> &free = {})
+{
+    for (const auto &problem : readabilityProblems(p.view(windowName), free))
+        ADD_FAILURE() << windowName << ": " << problem;
+}
+
+// The folder a user loads: short 44100 Hz files, one with a leading track number, two at
+// 48000 Hz (which the scan counts as damaged), and one crafted recording of 4341 seconds.
+void fillMusicFolder(const fs::path &music)
+{
+    fs::create_directories(music);
+    struct Track {
+        const char *name;
+        int rate;
+        double seconds;
+        int channels;
+    };
+    const Track tracks[] = {
+        {"01-Opening_Theme.mp3", 44100, 20, 2}, {"Afternoon Walk.mp3", 44100, 12, 2},
+        {"bright morning.mp3", 44100, 15, 2},   {"Closing.mp3", 44100, 12, 1},
+        {"Drift.mp3", 44100, 8, 2},             {"Evening Rain.mp3", 44100, 10, 2},
+        {"Fjord Lights.mp3", 44100, 9, 1},      {"Glass Harbour.mp3", 48000, 10, 2},
+        {"Hollow Hill.mp3", 48000, 6, 2},       {"Indigo.mp3", 44100, 6, 2},
+        {"Juniper.mp3", 44100, 7, 2},
+    };
+    for (const auto &t : tracks) {
+        testsupport::Mp3Options o;
+        o.sampleRate = t.rate;
+        o.seconds = t.seconds;
+        o.channels = t.channels;
+        ASSERT_TRUE(testsupport::makeMp3((music / t.name).string(), o)) << t.name;
+    }
+    // One valid first frame (MPEG-1 Layer III, 32 kbit/s, 44100 Hz) before silence, sized so the
+    // scan measures 4341 seconds: longer than a 74 minute disc has left after a few tracks.
+    std::ofstream big(music / "Zz Long Session.mp3", std::ios::binary);
+    const unsigned char frame[] = {0xFF, 0xFB, 0x10, 0x64};
+    big.write(reinterpret_cast<const char *>(frame), sizeof frame);
+    const std::vector<char> zeros(1 << 16, 0);
+    for (long left = 17463296; left > 0; left -= static_cast<long>(zeros.size()))
+        big.write(zeros.data(), std::min<long>(left, static_cast<long>(zeros.size())));
+    ASSERT_TRUE(big.good());
+}
+
+int rows(QTreeView *tree)
+{
+    return tree && tree->model() ? tree->model()->rowCount() : -1;
+}
+
+QString labelText(const Program &p, const std::string &windowName, const ui::Control &label)
+{
+    auto *l = p.widget<QLabel>(windowName, label);
+    return l ? l->text() : QStringLiteral("<no label>");
+}
+
+bool labelShown(const Program &p, const std::string &windowName, const ui::Control &label)
+{
+    auto *l = p.widget<QLabel>(windowName, label);
+    return l && l->isVisible();
+}
+
+TEST(WorkflowScreens, DiscChoiceLayoutOvertimeAndHandOver)
+{
+    ScratchFolder work("brasswick-gui-workflow");
+    const fs::path music = work.path() / "music";
+    ASSERT_NO_FATAL_FAILURE(fillMusicFolder(music));
+    Program p(work.path());
+
+    // The splash stands its seven seconds, then the main window comes.
+    p.loop.deliver([&] { shell::startProgram(*p.app); });
+    settle(500);
+    ASSERT_NE(p.app->findLoaded("bannerx"), nullptr);
+    settle(6900);
+    ASSERT_EQ(p.app->findLoaded("bannerx"), nullptr);
+    auto *main = dynamic_cast<shell::frmMain *>(p.app->findLoaded("frmMain"));
+    ASSERT_NE(main, nullptr);
+    ASSERT_TRUE(main->Visible());
+    settle();
+
+    // New layout: the disc choice.
+    main->ctToolBar1.userButton(1);
+    settle();
+    auto *choice = dynamic_cast<layout::Form2 *>(p.app->findLoaded("Form2"));
+    ASSERT_NE(choice, nullptr);
+    ASSERT_TRUE(p.view("Form2").topLevel()->isVisible());
+    EXPECT_EQ(labelText(p, "Form2", choice->Label1), "What kind of CD-R will you burn?");
+    EXPECT_TRUE(labelShown(p, "Form2", choice->Label1));
+    ASSERT_NE(p.widget<QCheckBox>("Form2", choice->Check1), nullptr);
+    EXPECT_EQ(p.widget<QCheckBox>("Form2", choice->Check1)->text(), "74 Minute CD");
+    expectReadable(p, "Form2");
+    photograph(p, "Form2", "form2.png");
+
+    choice->Check1.userClick();
+    settle(50);
+    EXPECT_TRUE(p.widget<QCheckBox>("Form2", choice->Check1)->isChecked());
+    choice->ctButton1.userClick();
+    settle();
+    ASSERT_EQ(p.app->findLoaded("Form2"), nullptr);
+    auto *builder = dynamic_cast<layout::Form5 *>(p.app->findLoaded("Form5"));
+    ASSERT_NE(builder, nullptr);
+    ASSERT_TRUE(p.view("Form5").topLevel()->isVisible());
+
+    // Load the folder: every MP3 in it is scanned into the folder list.
+    p.dialogs.queueResult(music.string());
+    builder->ctButton3.userClick();
+    settle();
+    ASSERT_EQ(p.dialogs.requests().size(), 1u);
+    auto *folderList = p.widget<QTreeView>("Form5", builder->ctList1);
+    auto *burnList = p.widget<QTreeView>("Form5", builder->ctList2);
+    ASSERT_NE(folderList, nullptr);
+    ASSERT_NE(burnList, nullptr);
+    ASSERT_EQ(builder->ctList1.ListCount(), 12);
+    EXPECT_EQ(rows(folderList), 12);
+    EXPECT_TRUE(folderList->isEnabled());
+    const QAbstractItemModel *folderModel = folderList->model();
+    EXPECT_EQ(folderModel->data(folderModel->index(0, 1)).toString(), "Opening Theme");
+    EXPECT_EQ(folderModel->data(folderModel->index(7, 2)).toString(), "00:00"); // 48000 Hz: damaged
+    EXPECT_EQ(folderModel->data(folderModel->index(11, 2)).toString(), "01-12:21");
+    EXPECT_EQ(labelText(p, "Form5", builder->Label7), QString::fromStdString(music.string()));
+    EXPECT_TRUE(labelShown(p, "Form5", builder->Label7));
+
+    // Three tracks to the burn list.
+    for (int row : {0, 1, 2})
+        builder->ctList1.userClickRow(row);
+    settle(50);
+    EXPECT_EQ(labelText(p, "Form5", builder->Label5), "Sample Rate: 44100");
+    builder->ctButton1.userClick();
+    settle();
+    ASSERT_EQ(builder->ctList2.ListCount(), 3);
+    EXPECT_EQ(rows(burnList), 3);
+    EXPECT_TRUE(burnList->model()->data(burnList->model()->index(0, 0)).toString().startsWith("1. Opening Theme"));
+    const QString timeLeft = labelText(p, "Form5", builder->Label2);
+    EXPECT_EQ(timeLeft.toStdString(), builder->Label2.Caption());
+    EXPECT_TRUE(timeLeft.startsWith("Time left on CD-1:1")) << timeLeft.toStdString();
+    EXPECT_TRUE(labelShown(p, "Form5", builder->Label2));
+    EXPECT_FALSE(labelShown(p, "Form5", builder->Label3));
+    EXPECT_TRUE(p.widget<QProgressBar>("Form5", builder->progressbar1)->isVisible());
+    expectReadable(p, "Form5", {&builder->Label7});
+    photograph(p, "Form5", "form5-loaded.png");
+
+    // The long recording takes the layout over time; the warning takes the meter's place.
+    builder->ctList1.userClickRow(11);
+    builder->ctButton1.userClick();
+    settle(50);
+    ASSERT_EQ(builder->ctList2.ListCount(), 4);
+    EXPECT_EQ(rows(burnList), 4);
+    EXPECT_EQ(builder->OvertimeFlag.value(), rt::True);
+    settle(700);
+    EXPECT_TRUE(labelShown(p, "Form5", builder->Label3));
+    EXPECT_EQ(labelText(p, "Form5", builder->Label3), "CD Overtime Detected");
+    EXPECT_FALSE(p.widget<QProgressBar>("Form5", builder->progressbar1)->isVisible());
+    const QString overtime = labelText(p, "Form5", builder->Label2);
+    EXPECT_EQ(overtime.toStdString(), builder->Label2.Caption());
+    EXPECT_TRUE(overtime.startsWith("Time left on CD-00.00.")) << overtime.toStdString();
+    EXPECT_TRUE(labelShown(p, "Form5", builder->Label2));
+    expectReadable(p, "Form5", {&builder->Label7});
+    photograph(p, "Form5", "form5-overtime.png");
+
+    // The hand-over is refused while over time.
+    p.boxes.queueAnswer(ui::vbOK);
+    builder->ctButton4.userClick();
+    settle(50);
+    ASSERT_EQ(p.boxes.shown().size(), 1u);
+    EXPECT_EQ(p.boxes.shown().back().request.prompt, "Your CD list is overtime! Please remove some songs");
+    EXPECT_TRUE(p.view("Form5").topLevel()->isVisible());
+    EXPECT_EQ(main->mainlist.ListCount(), 0);
+
+    // Without it the layout fits; handing over fills the main window's burn list.
+    builder->ctList2.userClickRow(3);
+    builder->ctButton2.userClick();
+    settle(700);
+    ASSERT_EQ(builder->ctList2.ListCount(), 3);
+    EXPECT_EQ(builder->OvertimeFlag.value(), 0);
+    EXPECT_FALSE(labelShown(p, "Form5", builder->Label3));
+    EXPECT_TRUE(p.widget<QProgressBar>("Form5", builder->progressbar1)->isVisible());
+    builder->ctButton4.userClick();
+    settle();
+    EXPECT_FALSE(p.view("Form5").topLevel()->isVisible());
+    ASSERT_EQ(main->mainlist.ListCount(), 3);
+    auto *mainList = p.widget<QTreeView>("frmMain", main->mainlist);
+    ASSERT_NE(mainList, nullptr);
+    EXPECT_EQ(rows(mainList), 3);
+    EXPECT_EQ(mainList->model()->data(mainList->model()->index(0, 0)).toString(), "Opening Theme");
+    const QString discLeft = labelText(p, "frmMain", main->Label3);
+    EXPECT_TRUE(discLeft.startsWith("CD:1:1")) << discLeft.toStdString();
+    EXPECT_TRUE(p.view("frmMain").topLevel()->isVisible());
+    expectReadable(p, "frmMain");
+    photograph(p, "frmMain", "main-after-handover.png");
+
+    EXPECT_EQ(p.boxes.shown().size(), 1u);
+    EXPECT_FALSE(p.app->ended());
+}
+
+// Mean time of one scroll step from the top of a list to its bottom, each step painted.
+double meanScrollStepMs(QTreeView *tree, int &steps)
+{
+    QScrollBar *bar = tree->verticalScrollBar();
+    bar->setValue(bar->minimum());
+    tree->viewport()->repaint();
+    QElapsedTimer clock;
+    clock.start();
+    steps = 0;
+    for (int value = bar->minimum(); value <= bar->maximum(); value += std::max(1, bar->pageStep())) {
+        bar->setValue(value);
+        tree->viewport()->repaint();
+        ++steps;
+    }
+    // And to the last row.
+    tree->scrollToBottom();
+    tree->viewport()->repaint();
+    ++steps;
+    return static_cast<double>(clock.nsecsElapsed()) / 1e6 / steps;
+}
+
+TEST(WorkflowScreens, TenThousandRowsScrollFluidly)
+{
+    ScratchFolder work("brasswick-gui-rows");
+    Program p(work.path());
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    auto &builder = p.app->form<layout::Form5>();
+    builder.cdvalue(4400);
+    builder.Show();
+    settle();
+
+    constexpr int count = 10000;
+    struct Case {
+        const char *title;
+        const char *windowName;
+        ui::ListBox *list;
+        bool columnsWithMark;
+    };
+    const Case cases[] = {{"Form5.ctList1 (folder)", "Form5", &builder.ctList1, true},
+                          {"Form5.ctList2 (burn list)", "Form5", &builder.ctList2, false},
+                          {"frmMain.mainlist (burn list)", "frmMain", &main.mainlist, false}};
+    for (const auto &c : cases) {
+        c.list->Clear();
+        c.list->setEnabled(true);
+        QElapsedTimer filling;
+        filling.start();
+        for (int i = 0; i < count; ++i) {
+            const std::string time = std::to_string(10 + i % 50) + ":" + std::to_string(10 + i % 49);
+            const std::string title = "Track number " + std::to_string(i + 1);
+            c.list->AddItem(c.columnsWithMark ? ";" + title + ";" + time : title + ";" + time);
+            if (c.columnsWithMark)
+                c.list->setRowImage(i, 1);
+        }
+        const double fillMs = static_cast<double>(filling.nsecsElapsed()) / 1e6;
+        settle(50);
+        auto *tree = p.widget<QTreeView>(c.windowName, *c.list);
+        ASSERT_NE(tree, nullptr) << c.title;
+        ASSERT_EQ(c.list->ListCount(), count) << c.title;
+        ASSERT_EQ(rows(tree), count) << c.title;
+        int steps = 0;
+        const double mean = meanScrollStepMs(tree, steps);
+        const QRect lastRow = tree->visualRect(tree->model()->index(count - 1, 0));
+        const bool lastInSight = tree->viewport()->rect().intersects(lastRow);
+        std::cout << "[ scroll  ] " << c.title << ": " << count << " rows added in " << std::fixed
+                  << std::setprecision(1) << fillMs << " ms; " << steps << " painted steps top to bottom, "
+                  << std::setprecision(3) << mean << " ms per step\n";
+        EXPECT_TRUE(lastInSight) << c.title;
+    }
+}
+
+} // namespace
