@@ -30,6 +30,7 @@
 #include "shell/ShellWindows.h"
 #include "ui/AppContext.h"
 #include "ui/ScriptedServices.h"
+#include "ImportAnalysis.h"
 
 namespace fs = std::filesystem;
 
@@ -108,26 +109,6 @@ const Files &files()
     return f;
 }
 
-// ---- the analysis alone ----
-
-const mp3::BitrateTable &table()
-{
-    static const mp3::BitrateTable filled = [] {
-        mp3::BitrateTable t;
-        t.fill();
-        return t;
-    }();
-    return filled;
-}
-
-void analyse(const std::string &path)
-{
-    for (int k = 0; k < 3; ++k)
-        benchmark::DoNotOptimize(mp3::scanMp3File(path, table()));
-    mp3::cIDV3 id;
-    id.setFileName(path);
-    benchmark::DoNotOptimize(id.InfoString());
-}
 
 double analyseAll(const std::vector<std::string> &paths)
 {

@@ -16,6 +16,7 @@
 #include "Mp3Maker.h"
 #include "mp3/FrameScan.h"
 #include "mp3/cIDV3.h"
+#include "ImportAnalysis.h"
 
 namespace {
 
@@ -67,25 +68,6 @@ const Folder &folder()
     return f;
 }
 
-const mp3::BitrateTable &table()
-{
-    static const mp3::BitrateTable filled = [] {
-        mp3::BitrateTable t;
-        t.fill();
-        return t;
-    }();
-    return filled;
-}
-
-// What the import does with one file.
-void analyse(const std::string &path)
-{
-    for (int k = 0; k < 3; ++k)
-        benchmark::DoNotOptimize(mp3::scanMp3File(path, table()));
-    mp3::cIDV3 id;
-    id.setFileName(path);
-    benchmark::DoNotOptimize(id.InfoString());
-}
 
 void readAt(const std::string &path, off_t offset, size_t count, char *buffer)
 {

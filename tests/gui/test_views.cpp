@@ -53,32 +53,11 @@
 #include "ui/qt/QtFrontEnd.h"
 #include "ui/qt/QtMessageBoxes.h"
 #include "ui/qt/WindowView.h"
+#include "QtTestEnvironment.h"
 
 namespace {
 
-// One QApplication for the whole run, on the offscreen platform unless told otherwise.
-class QtEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "gui_view_tests";
-        static char *argv[] = {name, nullptr};
-        m_app = new QApplication(argc, argv);
-    }
-    void TearDown() override
-    {
-        delete m_app;
-        m_app = nullptr;
-    }
-
-private:
-    QApplication *m_app = nullptr;
-};
-
-const auto *const environment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);
+const auto *const environment = ::testing::AddGlobalTestEnvironment(new QtTestEnvironment("gui_view_tests"));
 
 // A window with one control of every kind.
 class ViewTestWindow : public ui::Window {

@@ -44,6 +44,7 @@
 #include "ui/qt/QtEventLoop.h"
 #include "ui/qt/QtFrontEnd.h"
 #include "ui/qt/WindowView.h"
+#include "QtTestEnvironment.h"
 
 #ifndef BRASSWICK_PROGRAM_DIR
 #error "BRASSWICK_PROGRAM_DIR must name the program folder of the build"
@@ -56,28 +57,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class QtEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "gui_workflow_screens";
-        static char *argv[] = {name, nullptr};
-        m_app = new QApplication(argc, argv);
-    }
-    void TearDown() override
-    {
-        delete m_app;
-        m_app = nullptr;
-    }
-
-private:
-    QApplication *m_app = nullptr;
-};
-
-const auto *const environment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);
+const auto *const environment = ::testing::AddGlobalTestEnvironment(new QtTestEnvironment("gui_workflow_screens"));
 
 // A scratch folder that goes with the test.
 class ScratchFolder {
