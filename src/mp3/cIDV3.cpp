@@ -337,23 +337,16 @@ bool cIDV3::HasTag() const
 
 bool cIDV3::WriteTag()
 {
-    try {
-        if (m_FileName.empty() || !rt::fileExists(m_FileName))
-            return false;
-        requireWritable(m_FileName);
-        rt::BinaryFile file(m_FileName, rt::BinaryFile::Mode::ReadWrite);
-        const int64_t position = file.length() - 127;
-        requirePosition(position);
-        file.put(position, "TAG");
-        file.put(position + 3, record());
-        file.close();
-        return true;
-    } catch (const rt::RuntimeError &) {
-        return false;
-    }
+    return writeFromTagStart("TAG" + record());
 }
 
 bool cIDV3::ClearTag()
+{
+    // The genre byte at the very end stays.
+    return writeFromTagStart(std::string(127, '\0'));
+}
+
+bool cIDV3::writeFromTagStart(const std::string &bytes)
 {
     try {
         if (m_FileName.empty() || !rt::fileExists(m_FileName))
@@ -362,7 +355,7 @@ bool cIDV3::ClearTag()
         rt::BinaryFile file(m_FileName, rt::BinaryFile::Mode::ReadWrite);
         const int64_t position = file.length() - 127;
         requirePosition(position);
-        file.put(position, std::string(127, '\0'));
+        file.put(position, bytes);
         file.close();
         return true;
     } catch (const rt::RuntimeError &) {

@@ -83,6 +83,8 @@ public:
 private:
     void reset();
     void readTag();
+    // Writes over the file from the tag's first byte; false on any file error.
+    bool writeFromTagStart(const std::string &bytes);
     void analyseHeader();
     std::string record() const;
 
