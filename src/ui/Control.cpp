@@ -117,10 +117,12 @@ void Control::userDblClick()
 
 void Control::userMouse(const std::string &what, int button, int x, int y)
 {
+    // The handler may end the program and take this control with it: hold on to the context.
+    AppContext &app = m_owner.app();
     const auto &handler = what == "down" ? MouseDown : what == "up" ? MouseUp : MouseMove;
     if (handler)
-        m_owner.app().loop().deliver([&] { handler(button, x, y); });
-    m_owner.app().afterEvent();
+        app.loop().deliver([&] { handler(button, x, y); });
+    app.afterEvent();
 }
 
 int Control::observe(Observer o)
@@ -145,9 +147,11 @@ void Control::changed()
 
 void Control::deliver(const std::function<void()> &handler)
 {
+    // The handler may end the program and take this control with it: hold on to the context.
+    AppContext &app = m_owner.app();
     if (handler)
-        m_owner.app().loop().deliver(handler);
-    m_owner.app().afterEvent();
+        app.loop().deliver(handler);
+    app.afterEvent();
 }
 
 bool Control::parseTruth(const std::string &text)

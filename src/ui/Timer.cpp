@@ -50,10 +50,11 @@ void Timer::restart()
         m_timerId = 0;
     }
     if (Enabled() && m_interval > 0) {
-        m_timerId = loop.startTimer(m_interval, [this] {
+        m_timerId = loop.startTimer(m_interval, [this, &app = owner().app()] {
+            // A tick that ends the program takes this timer with it: only the context is left.
             if (Tick)
                 Tick();
-            owner().app().afterEvent();
+            app.afterEvent();
         });
     }
 }

@@ -38,8 +38,9 @@ void Window::userClose()
 {
     if (m_closeRemoved)
         return;
-    m_app.loop().deliver([this] { Unload(); });
-    m_app.afterEvent();
+    AppContext &app = m_app;
+    app.loop().deliver([this] { Unload(); });
+    app.afterEvent();
 }
 
 void Window::setCaption(const std::string &text)

@@ -131,3 +131,17 @@ TEST_F(AppContextTest, ProgramFolderHasNoTrailingSeparator)
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(AppContextTest, AClickThatEndsTheProgramTakesItsWindowAway)
+{
+    Counted &w = app.form<Counted>();
+    w.button.Click = [] { rt::raise(6); };
+    w.button.userClick();
+    EXPECT_TRUE(app.ended());
+    EXPECT_EQ(app.endError(), 6);
+    EXPECT_TRUE(app.windows().empty());
+}
+
+} // namespace
