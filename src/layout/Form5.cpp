@@ -238,7 +238,7 @@ void Form5::ctButton3_Click()
     ui::FileDialogRequest request;
     request.kind = ui::FileDialogRequest::Kind::Folder;
     request.title = "Locate MP3 Folder";
-    request.filter = "Velmora Works Technology";
+    request.secondPrompt = "Velmora Works Technology";
     const auto chosen = app().runModal([&] { return app().dialogs().run(request); });
     if (!chosen)
         return;

@@ -13,6 +13,8 @@ struct FileDialogRequest {
     // "MP3 PlayLists|*.M3U": pairs of description and pattern separated by "|".
     std::string filter;
     std::string fileName;
+    // A folder dialog's second line of text under its title.
+    std::string secondPrompt;
     std::string initialFolder;
     int flags = 0;
 };

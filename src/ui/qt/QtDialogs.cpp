@@ -52,6 +52,11 @@ std::optional<std::string> QtDialogs::run(const FileDialogRequest &request)
         dialog.setFileMode(QFileDialog::Directory);
         dialog.setOption(QFileDialog::ShowDirsOnly);
         dialog.setDirectory(start);
+        // The second prompt stands where the dialog names the folder being looked in.
+        if (!request.secondPrompt.empty()) {
+            dialog.setOption(QFileDialog::DontUseNativeDialog);
+            dialog.setLabelText(QFileDialog::LookIn, qs(request.secondPrompt));
+        }
     } else {
         // The descriptions alone are shown, as the original dialogs showed them.
         dialog.setOption(QFileDialog::HideNameFilterDetails);
