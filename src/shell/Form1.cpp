@@ -1,6 +1,6 @@
 #include "Form1.h"
 
-#include "Form4.h"
+#include "DocumentLinks.h"
 #include "ui/AppContext.h"
 
 namespace shell {
