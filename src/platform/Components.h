@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "AudioChain.h"
+#include "MediaChain.h"
 #include "SettingsStore.h"
 #include "Shell.h"
 #include "SystemInfo.h"
@@ -23,6 +24,11 @@ struct Components {
     std::function<std::unique_ptr<Equalizer>()> equalizer;
     std::function<std::unique_ptr<Connector>()> connector;
     std::function<std::unique_ptr<Mp3Decoder>()> mp3Decoder;
+    // The decoding and converting chains (burn, converters, extraction).
+    std::function<std::unique_ptr<AudioFile>()> audioFile;
+    std::function<std::unique_ptr<Trigger>()> trigger;
+    std::function<std::unique_ptr<WaveFile>()> waveFile;
+    std::function<std::unique_ptr<FormatConverter>()> formatConverter;
     std::function<std::unique_ptr<Shell>()> shell;
 };
 

@@ -2,6 +2,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
 
 #include "RuntimeError.h"
 
@@ -38,7 +43,19 @@ public:
     // platform's fatal report; the End statement ends the program.
     void deliver(const Handler &handler);
 
+    // Work that a real component has in hand, from its start until its last event has been
+    // delivered; a scenario's settle waits until none is left. Callable from any thread.
+    void beginWork(const std::string &what);
+    void endWork(const std::string &what);
+    std::vector<std::string> workInHand() const;
+
+    // Posts an event of a component: it runs only while `alive` still exists, and the component's
+    // work named `work` (if any) ends once the event has been delivered.
+    void postEvent(std::weak_ptr<void> alive, Handler handler, std::string work = {});
+
 private:
+    mutable std::mutex m_workMutex;
+    std::map<std::string, int> m_work;
     std::function<void(const RuntimeError &)> m_fatal;
     std::function<void()> m_end;
 };

@@ -77,6 +77,8 @@ void AppContext::unload(Window &w)
     auto it = std::find_if(m_windows.begin(), m_windows.end(), [&](const auto &p) { return p.get() == &w; });
     if (it == m_windows.end())
         return;
+    if (w.Form_QueryUnload())
+        return;
     w.Form_Unload();
     // The unload step may itself have unloaded the window.
     it = std::find_if(m_windows.begin(), m_windows.end(), [&](const auto &p) { return p.get() == &w; });

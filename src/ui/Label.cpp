@@ -8,6 +8,9 @@ void Label::setCaption(const std::string &text)
         return;
     m_caption = text;
     changed();
+    // Change runs inside whatever set the caption, as the platform raises it.
+    if (Change)
+        Change();
 }
 
 std::optional<std::string> Label::property(const std::string &name, const Args &args) const

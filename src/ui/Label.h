@@ -15,6 +15,9 @@ public:
     void setFrame(bool frame) { m_frame = frame; }
     bool isFrame() const { return m_frame; }
 
+    // The caption changed.
+    std::function<void()> Change;
+
     std::optional<std::string> property(const std::string &name, const Args &args) const override;
     bool setProperty(const std::string &name, const Args &args, const std::string &value) override;
     std::vector<std::string> propertyNames() const override;

@@ -29,6 +29,11 @@ void Window::Hide()
     changed();
 }
 
+void Window::afterComponentEvent(AppContext &app)
+{
+    app.afterEvent();
+}
+
 void Window::Unload()
 {
     m_app.unload(*this);

@@ -28,6 +28,8 @@ public:
 
     // The load step, run once right after creation.
     virtual void Form_Load() {}
+    // Asked before every unload, by the close box or by code: true keeps the window loaded.
+    virtual bool Form_QueryUnload() { return false; }
     // The unload step, run by Unload before the window goes.
     virtual void Form_Unload() {}
 
@@ -65,6 +67,17 @@ public:
     Control *control(const std::string &name, int index = -1) const;
     const std::vector<MenuItem *> &menuBar() const { return m_menuBar; }
 
+    // Wraps the handler of a closed component's event: windows unloaded by it go afterwards, as
+    // after any other event.
+    template <class... Args>
+    std::function<void(Args...)> componentEvent(std::function<void(Args...)> handler)
+    {
+        return [app = &m_app, handler = std::move(handler)](Args... args) {
+            handler(args...);
+            afterComponentEvent(*app);
+        };
+    }
+
     // Window-level events.
     std::function<void(int button, int x, int y)> MouseMove;
 
@@ -88,6 +101,7 @@ public:
 
 protected:
     void changed();
+    static void afterComponentEvent(AppContext &app);
 
 private:
     AppContext &m_app;

@@ -75,6 +75,12 @@ public:
     void setPreGapSize(const std::string &v) override { record("PreGapSize", rt::CLng(v).value()); }
     void setSectorsPerBuffer(const std::string &v) override { record("SectorsPerBuffer", rt::CLng(v).value()); }
     void setSwapBytes(const std::string &v) override { record("SwapBytes", truth(rt::CBool(v))); }
+    void setSwapBytes(bool on) override { record("SwapBytes", truth(on)); }
+    void setFifoBufferCount(int count) override { record("FifoBufferCount", count); }
+    int DiscState() override { return 0; }
+    int AddTrack(const std::string &, int) override { return 0; }
+    int WriteTracks() override { return 0; }
+    void ClearTracks() override {}
 
 private:
     int m_current = -1;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace platform {
+
+// The text and file helper of the media components (`MMHelperX`). Positions count characters
+// from 1, as the logic's own text routines do.
+class MMHelper {
+public:
+    // The extension of a path with its dot ("" when the name has none).
+    std::string ExtractExt(const std::string &path) const;
+    // 1-based position of the first occurrence of needle in text; 0 when absent or empty.
+    int PosText(const std::string &needle, const std::string &text) const;
+    // count characters from start (1-based); what lies outside the text is left out.
+    std::string CopyText(const std::string &text, int start, int count) const;
+    // Clears the way for a new file of that name: an existing file is removed. A file that
+    // can't be removed, or a name that is a folder, is left as it is.
+    void DeleteTarget(const std::string &path) const;
+};
+
+} // namespace platform
