@@ -5,6 +5,7 @@
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
 #include "platform/system/XdgShell.h"
+#include "burn/BurnWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/AppContext.h"
@@ -33,6 +34,7 @@ int main(int argc, char **argv)
     uiqt::QtFrontEnd frontEnd(app);
     shell::registerShellWindows(app);
     layout::registerLayoutWindows(app);
+    burn::registerBurnWindows(app);
 
     loop.deliver([&] { shell::startProgram(app); });
     if (app.ended())

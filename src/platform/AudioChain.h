@@ -20,6 +20,8 @@ public:
     virtual void setLooping(bool on) = 0;
     virtual void setNumBuffers(int value) = 0;
     virtual void setTimeFormat(int value) = 0;
+    // Stops what is playing.
+    virtual void Stop() = 0;
 };
 
 // Ring buffer between decoder and output (`MMRingBufferX1`).

@@ -94,4 +94,10 @@ bool VirtualEventLoop::hasPending()
     return !m_posted.empty() || !m_timers.empty();
 }
 
+bool VirtualEventLoop::hasPosted()
+{
+    std::lock_guard lock(m_postedMutex);
+    return !m_posted.empty();
+}
+
 } // namespace rt

@@ -23,6 +23,8 @@ public:
     void wait(int64_t ms);
     // Posts and timers waiting; a horizon bounds how far runUntil looks for a timer.
     bool hasPending();
+    // Events posted and not yet run.
+    bool hasPosted();
     void setModalHorizon(int64_t ms) { m_modalHorizon = ms; }
 
 private:

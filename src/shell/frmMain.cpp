@@ -50,6 +50,8 @@ frmMain::frmMain(ui::AppContext &app)
     , Text2(*this, "Text2")
     , ctButton8(*this, "ctButton8")
     , cdlist(*this, "cdlist")
+    , Label1(*this, "Label1")
+    , Label5(*this, "Label5")
     , ctCombo1(*this, "ctCombo1")
     , ctCombo2(*this, "ctCombo2")
     , Check1(*this, "Check1")
@@ -103,6 +105,13 @@ frmMain::frmMain(ui::AppContext &app)
     Timer2.Tick = [this] { Timer2_Timer(); };
     Timer3.Tick = [this] { Timer3_Timer(); };
     cdlist.Click = [this] { cdlist_Click(); };
+    List1.DblClick = [this] { List1_DblClick(); };
+    ctButton8.Click = [this] { ctButton8_Click(); };
+    ctButton13.Click = [this] { startBurn(); };
+    Check1.Click = [this] { Check1_Click(); };
+    Check2.Click = [this] { Check2_Click(); };
+    ctCombo1.Click = [this] { ctCombo1_Click(); };
+    wireWriterEvents();
 
     ctToolBar1.ButtonClick = [this](int index) { ctToolBar1_ButtonClick(index); };
     ctButton10.Click = [this] { ctButton10_Click(); };
@@ -158,6 +167,8 @@ void frmMain::layOut()
     ctButton8.setGeometry(2040, 2520, 1380, 360);
     cdlist.setText("Available CD Drivers");
     cdlist.setGeometry(120, 3000, 3300, 330);
+    Label1.setGeometry(3600, 7140, 5220, 270);
+    Label5.setGeometry(3600, 7440, 5220, 270);
 
     ctCombo1.setText("Burn SpeedX");
     ctCombo1.setGeometry(120, 3480, 1590, 330);
@@ -341,37 +352,6 @@ void frmMain::applyStoredSettings()
     // The key stays open: nothing closes it after these reads.
 }
 
-void frmMain::writerInit()
-{
-    Text1.setText("");
-    if (ACDWRITE1->InitEngine() > 0) {
-        ui::MsgBox(app(), "Can\xC2\xB4t initialize ASPI or no CD-recorder found! Abort.");
-        rt::endProgram();
-    }
-    // The list isn't cleared: every run appends the devices once more.
-    const int count = ACDWRITE1->DeviceCount();
-    for (int i = 1; i <= count; ++i)
-        List1.AddItem(ACDWRITE1->DeviceName(i - 1));
-    for (int i = 1; i <= count; ++i) {
-        ACDWRITE1->SelectDevice(i - 1);
-        const int type = ACDWRITE1->DeviceDriverType();
-        if (type >= 1 && type < 100) {
-            ACDWRITE1->SetDriverType(type);
-            Text1.setText(ACDWRITE1->DeviceName(i - 1));
-            Text2.setText(std::to_string(type));
-            break;
-        }
-    }
-    if (Text1.Text().empty()) {
-        List1.setEnabled(true);
-        ui::MsgBox(app(), "Please select your CD writer in the top list box left with a double click.");
-    }
-    ACDWRITE1->setCloseDiscAfterTrack(false);
-    ACDWRITE1->setCloseSessionAfterTrack(false);
-    ACDWRITE1->setTestWrite(false);
-    ACDWRITE1->setWriteSpeed(8);
-}
-
 void frmMain::Form_Unload()
 {
     // Closing the main window ends the program: every other window goes with it.
@@ -394,13 +374,6 @@ void frmMain::Timer3_Timer()
     Timer3.setEnabled(false);
 }
 
-void frmMain::cdlist_Click()
-{
-    // A model pick only shows its driver type; the engine is told by "CD-Adapt".
-    if (auto type = driverTypeOfModel(cdlist.Text()))
-        Text2.setText(std::to_string(*type));
-}
-
 void frmMain::ctToolBar1_ButtonClick(int index)
 {
     // The toolbar passes over whatever fails, like the Start command.
@@ -408,6 +381,9 @@ void frmMain::ctToolBar1_ButtonClick(int index)
     switch (index) {
     case 1:
         newLayout();
+        break;
+    case 3:
+        startBurn();
         break;
     case 5:
         step([&] { app().formByName("Form7").Show(); });
@@ -599,6 +575,37 @@ std::optional<std::string> frmMain::callRoutine(const std::string &name, const s
 {
     if (name == "writerInit") {
         writerInit();
+        return std::string();
+    }
+    if (name == "startme_up") {
+        startme_up();
+        return std::string();
+    }
+    if (name == "startme_upx") {
+        startme_upx();
+        return std::string();
+    }
+    if (name == "Disco") {
+        Disco();
+        return std::string();
+    }
+    if (name == "letsburn") {
+        std::string file = args.empty() ? std::string() : args[0];
+        letsburn(file);
+        return std::string();
+    }
+    if (name == "results" || name == "results2") {
+        rt::Integer flag = args.empty() ? rt::Integer(0) : rt::CInt(args[0]);
+        name == "results" ? results(flag) : results2(flag);
+        return std::string();
+    }
+    if (name == "fuckoff") {
+        fuckoff();
+        return std::string();
+    }
+    if (name == "triggerhappy") {
+        std::string text = args.empty() ? std::string() : args[0];
+        triggerhappy(text);
         return std::string();
     }
     if (name == "pOutputPlayList") {

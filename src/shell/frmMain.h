@@ -34,8 +34,21 @@ public:
 
     // Connects to the writing engine and makes the first recorder it knows current.
     void writerInit();
+    // The earlier form of writerInit: the close flags are left as they are.
+    void startme_up();
     // Writes the paths of the CD list, one a line; any failure shows one message.
     void pOutputPlayList(const std::string &path);
+
+    // The burn (its steps live with the burn engine): the Start command behind both doors,
+    // the hand-over of each decoded track to the writer, and the ways back.
+    void startBurn();
+    void startme_upx();
+    void Disco();
+    void letsburn(std::string &file);
+    void results(rt::Integer &flag);
+    void results2(rt::Integer &flag);
+    void fuckoff();
+    void triggerhappy(std::string &text);
 
     std::optional<std::string> member(const std::string &name) const override;
     std::optional<std::string> callRoutine(const std::string &name, const std::vector<std::string> &args) override;
@@ -83,6 +96,9 @@ public:
     ui::TextBox Text2;
     ui::Button ctButton8;
     ui::ComboBox cdlist;
+    // The burn's status lines.
+    ui::Label Label1;
+    ui::Label Label5;
 
     // The burn settings.
     ui::ComboBox ctCombo1;
@@ -149,6 +165,18 @@ private:
     void Timer2_Timer();
     void Timer3_Timer();
     void cdlist_Click();
+    void List1_DblClick();
+    void ctButton8_Click();
+    // The engine's steps shared by writerInit and startme_up.
+    void connectWriter();
+    void wireWriterEvents();
+    void Check1_Click();
+    void Check2_Click();
+    void ctCombo1_Click();
+    void ACDWRITE1_OnWriteProgress(int percent);
+    void ACDWRITE1_OnClosingDisc();
+    void ACDWRITE1_OnTrackDone();
+    void finishBurn(bool reset);
     void ctToolBar1_ButtonClick(int index);
     void newLayout();
     void ctButton10_Click();

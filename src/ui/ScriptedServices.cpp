@@ -1,9 +1,17 @@
 #include "ScriptedServices.h"
 
+#include <stdexcept>
+#include <string>
+
 namespace ui {
 
 int ScriptedMessageBoxes::show(const MessageBoxRequest &request)
 {
+    // A box that comes back endlessly (a loop waiting for a disc that never comes) would hang
+    // the run: the scripted user gives up.
+    if (m_shown.size() >= maxUnchecked)
+        throw std::runtime_error("the program showed " + std::to_string(m_shown.size()) +
+                                 " message boxes that nobody checked; the last: \"" + request.prompt + "\"");
     int result = request.defaultResult();
     if (!m_answers.empty()) {
         result = m_answers.front();

@@ -19,6 +19,7 @@ public:
     int show(const MessageBoxRequest &request) override;
     void queueAnswer(int result) { m_answers.push_back(result); }
     std::deque<Shown> &shown() { return m_shown; }
+    static constexpr size_t maxUnchecked = 10000;
 
 private:
     std::deque<int> m_answers;

@@ -1,16 +1,24 @@
 #include "Runner.h"
 
+#include <chrono>
 #include <fstream>
+#include <set>
+#include <thread>
 #include <random>
 #include <sstream>
 
 #include "Mp3Maker.h"
+#ifdef BRASSWICK_REAL_BACKENDS
+#include "platform/media/RealMediaComponents.h"
+#include "platform/writer/RealWriter.h"
+#endif
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
 #include "platform/system/XdgShell.h"
 #include "runtime/RuntimeError.h"
 #include "runtime/Paths.h"
 #include "runtime/Strings.h"
+#include "burn/BurnWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/ComboBox.h"
@@ -108,6 +116,10 @@ void Runner::teardown()
     m_dialogs.reset();
     m_components.reset();
     m_world.reset();
+    if (!m_work.empty() && m_keep) {
+        m_out << "kept: " << m_work.string() << "\n";
+        m_work.clear();
+    }
     if (!m_work.empty()) {
         std::error_code ec;
         fs::permissions(m_work, fs::perms::owner_all, fs::perm_options::add, ec);
@@ -234,6 +246,8 @@ void Runner::dispatch(const Tokens &t)
         requireRunning();
         m_loop->wait(toInt(t[1].text));
         m_app->afterEvent();
+    } else if (verb == "settle") {
+        cmdSettle(t);
     } else if (verb == "click" || verb == "dblclick") {
         cmdClick(t, verb == "dblclick");
     } else if (verb == "select") {
@@ -380,12 +394,13 @@ void Runner::cmdUse(const Tokens &t)
     const std::string &component = t[2].text;
     if (m_app)
         fail("use must come before start");
-    if (component != "settings" && component != "sysinfo" && component != "shell") {
-        if (t[1].text == "real")
-            fail("there is no real " + component + " yet");
-        if (component != "writer" && component != "audio")
-            fail("unknown component \"" + component + "\"");
-    }
+    static const std::set<std::string> withReal = {"settings", "sysinfo", "shell", "writer", "decoder"};
+    static const std::set<std::string> known = {"settings", "sysinfo", "shell", "writer", "decoder", "audio",
+                                                "reader", "imaging", "scanner", "printer", "http"};
+    if (!known.count(component))
+        fail("unknown component \"" + component + "\"");
+    if (t[1].text == "real" && !withReal.count(component))
+        fail("there is no real " + component + " yet");
     m_useReal[component] = t[1].text == "real";
 }
 
@@ -406,8 +421,25 @@ void Runner::cmdFake(const Tokens &t)
         w.writerDevices.clear();
         for (size_t i = 3; i + 1 < t.size(); i += 2)
             w.writerDevices.emplace_back(t[i].text, toInt(t[i + 1].text));
-    } else if ((component == "writer" || component == "audio") && setting == "absent" && t.size() == 3) {
-        (component == "writer" ? w.hasWriter : w.hasAudioChain) = false;
+    } else if (component == "writer" && setting == "disc" && t.size() >= 4) {
+        w.discStates.clear();
+        for (size_t i = 3; i < t.size(); ++i)
+            w.discStates.push_back(toInt(t[i].text));
+        w.discStateReads = 0;
+    } else if (component == "writer" && setting == "addtrack" && t.size() == 4) {
+        w.addTrackResult = toInt(t[3].text);
+    } else if (component == "writer" && setting == "writetracks" && t.size() == 4) {
+        w.writeTracksResult = toInt(t[3].text);
+    } else if (component == "writer" && setting == "percent" && t.size() == 4) {
+        w.msPerPercent = toInt(t[3].text);
+    } else if (component == "writer" && setting == "closing" && t.size() == 4) {
+        w.closingMs = toInt(t[3].text);
+    } else if (component == "decoder" && setting == "time" && t.size() == 4) {
+        w.decodeMs = toInt(t[3].text);
+    } else if (component == "decoder" && setting == "refuse" && t.size() == 3) {
+        w.triggerStartFails = true;
+    } else if ((component == "writer" || component == "audio" || component == "decoder") && setting == "absent" && t.size() == 3) {
+        (component == "writer" ? w.hasWriter : component == "audio" ? w.hasAudioChain : w.hasDecoder) = false;
     } else if (component == "shell" && setting == "result" && t.size() == 4) {
         w.shellResult = toInt(t[3].text);
     } else if (component == "audio" && setting == "eqini" && t.size() == 5) {
@@ -421,7 +453,19 @@ void Runner::cmdStart()
 {
     if (m_app)
         fail("the program is already started");
+    m_world->loop = m_loop.get();
     m_components = std::make_unique<platform::Components>(platform::fake::makeFakeComponents(m_world));
+#ifdef BRASSWICK_REAL_BACKENDS
+    if (m_useReal["decoder"])
+        platform::media::addRealMediaComponents(*m_components, *m_loop);
+    if (m_useReal["writer"]) {
+        // The Image Recorder only: a scenario never burns a disc in a drive of the machine.
+        platform::writer::Options o;
+        o.imageFolder = (m_work / "discs").string();
+        o.scanSystemRecorders = false;
+        m_components->writerEngine = platform::writer::realWriterMaker(*m_loop, o);
+    }
+#endif
     if (m_useReal["settings"]) {
         const fs::path file = m_work / "config" / "velmora-works" / "registry.ini";
         m_components->settingsStore = [file] { return std::make_unique<platform::settings::FileSettingsStore>(file); };
@@ -433,10 +477,43 @@ void Runner::cmdStart()
     m_app = std::make_unique<ui::AppContext>(*m_loop, *m_boxes, *m_dialogs, *m_components, m_prog.string());
     shell::registerShellWindows(*m_app);
     layout::registerLayoutWindows(*m_app);
+    burn::registerBurnWindows(*m_app);
     act([&] { m_loop->deliver([&] { shell::startProgram(*m_app); }); });
 }
 
 // ---- acting ----
+
+void Runner::cmdSettle(const Tokens &t)
+{
+    if (t.size() > 2)
+        fail("settle [MS]");
+    requireRunning();
+    const int64_t limit = t.size() == 2 ? toInt(t[1].text) : 120000;
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    auto last = start;
+    for (;;) {
+        // Real time passes for the window timers too, as it would for a user.
+        const auto now = Clock::now();
+        const int64_t passed = std::chrono::duration_cast<std::chrono::milliseconds>(now - last).count();
+        if (passed > 0)
+            last += std::chrono::milliseconds(passed);
+        m_loop->wait(passed);
+        m_app->afterEvent();
+        if (m_app->ended())
+            return;
+        const auto busy = m_loop->workInHand();
+        if (busy.empty() && !m_loop->hasPosted())
+            return;
+        if (std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count() > limit) {
+            std::string names;
+            for (const auto &b : busy)
+                names += (names.empty() ? "" : ", ") + b;
+            fail("still busy after " + std::to_string(limit) + " ms: " + (names.empty() ? "events" : names));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
 
 ui::AppContext &Runner::app()
 {

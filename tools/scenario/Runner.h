@@ -30,6 +30,8 @@ public:
     void runFile(const std::filesystem::path &file);
     int passed() const { return m_passed; }
     int failed() const { return m_failed; }
+    // Keep each file's $WORK folder instead of removing it.
+    void setKeep(bool on) { m_keep = on; }
 
 private:
     using Tokens = std::vector<Token>;
@@ -48,6 +50,7 @@ private:
     void cmdUse(const Tokens &t);
     void cmdFake(const Tokens &t);
     void cmdStart();
+    void cmdSettle(const Tokens &t);
     // Acting.
     void cmdClick(const Tokens &t, bool twice);
     void cmdSelect(const Tokens &t);
@@ -94,6 +97,7 @@ private:
     std::ostream &m_out;
     int m_passed = 0;
     int m_failed = 0;
+    bool m_keep = false;
 
     std::filesystem::path m_scenarioDir;
     std::filesystem::path m_work;

@@ -1,4 +1,5 @@
 #include "FakeComponents.h"
+#include "FakeRecorder.h"
 
 #include "runtime/Conversions.h"
 #include "runtime/RuntimeError.h"
@@ -6,11 +7,6 @@
 namespace platform::fake {
 
 namespace {
-
-std::string truth(bool on)
-{
-    return on ? "True" : "False";
-}
 
 class FakeSystemInfo : public SystemInfo {
 public:
@@ -21,88 +17,24 @@ private:
     std::shared_ptr<FakeWorld> m_world;
 };
 
-// The common part of the fakes: each property set is logged under the component's name.
-class Recorder {
-public:
-    Recorder(std::shared_ptr<FakeWorld> w, std::string component) : m_world(std::move(w)), m_component(std::move(component)) {}
-
-protected:
-    void record(const std::string &property, const std::string &value)
-    {
-        m_world->properties[m_component + "." + property] = value;
-        m_world->calls.push_back(m_component + "." + property + " = " + value);
-    }
-    void record(const std::string &property, int value) { record(property, std::to_string(value)); }
-    void call(const std::string &what) { m_world->calls.push_back(m_component + "." + what); }
-    FakeWorld &world() { return *m_world; }
-
-private:
-    std::shared_ptr<FakeWorld> m_world;
-    std::string m_component;
-};
-
-class FakeWriter : public WriterEngine, Recorder {
-public:
-    explicit FakeWriter(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "ACDWRITE1") {}
-    int InitEngine() override
-    {
-        call("InitEngine");
-        return world().writerInitResult;
-    }
-    int DeviceCount() override { return static_cast<int>(world().writerDevices.size()); }
-    std::string DeviceName(int index) override
-    {
-        if (index < 0 || index >= DeviceCount())
-            rt::raise(rt::ErrInvalidCall);
-        return world().writerDevices[index].first;
-    }
-    void SelectDevice(int index) override
-    {
-        call("SelectDevice " + std::to_string(index));
-        m_current = index;
-    }
-    int DeviceDriverType() override
-    {
-        return m_current >= 0 && m_current < DeviceCount() ? world().writerDevices[m_current].second : 0;
-    }
-    void SetDriverType(int type) override { record("DriverType", type); }
-    void setCloseDiscAfterTrack(bool on) override { record("CloseDiscAfterTrack", truth(on)); }
-    void setCloseSessionAfterTrack(bool on) override { record("CloseSessionAfterTrack", truth(on)); }
-    void setTestWrite(bool on) override { record("TestWrite", truth(on)); }
-    void setWriteSpeed(int speed) override { record("WriteSpeed", speed); }
-    // The engine's own conversion of stored text: a whole number or error 13.
-    void setFifoBufferCount(const std::string &v) override { record("FifoBufferCount", rt::CLng(v).value()); }
-    void setPreGapSize(const std::string &v) override { record("PreGapSize", rt::CLng(v).value()); }
-    void setSectorsPerBuffer(const std::string &v) override { record("SectorsPerBuffer", rt::CLng(v).value()); }
-    void setSwapBytes(const std::string &v) override { record("SwapBytes", truth(rt::CBool(v))); }
-    void setSwapBytes(bool on) override { record("SwapBytes", truth(on)); }
-    void setFifoBufferCount(int count) override { record("FifoBufferCount", count); }
-    int DiscState() override { return 0; }
-    int AddTrack(const std::string &, int) override { return 0; }
-    int WriteTracks() override { return 0; }
-    void ClearTracks() override {}
-
-private:
-    int m_current = -1;
-};
-
 class FakeWaveOut : public WaveOut, Recorder {
 public:
     explicit FakeWaveOut(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "MMWaveOutX1") {}
     void setBufferSize(int v) override { record("BufferSize", v); }
     void setCallBackMode(int v) override { record("CallBackMode", v); }
-    void setLooping(bool on) override { record("Looping", truth(on)); }
+    void setLooping(bool on) override { record("Looping", truthText(on)); }
     void setNumBuffers(int v) override { record("NumBuffers", v); }
     void setTimeFormat(int v) override { record("TimeFormat", v); }
+    void Stop() override { call("Stop"); }
 };
 
 class FakeRingBuffer : public RingBuffer, Recorder {
 public:
     explicit FakeRingBuffer(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "MMRingBufferX1") {}
     void setBufferSize(int v) override { record("BufferSize", v); }
-    void setLoopIfEmpty(bool on) override { record("LoopIfEmpty", truth(on)); }
+    void setLoopIfEmpty(bool on) override { record("LoopIfEmpty", truthText(on)); }
     void setQueMode(int v) override { record("QueMode", v); }
-    void setWaitIfFull(bool on) override { record("WaitIfFull", truth(on)); }
+    void setWaitIfFull(bool on) override { record("WaitIfFull", truthText(on)); }
 };
 
 class FakeEqualizer : public Equalizer, Recorder {
@@ -147,11 +79,11 @@ public:
 class FakeConnector : public Connector, Recorder {
 public:
     explicit FakeConnector(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "MMConnectorX1") {}
-    void setAutoConvert(bool on) override { record("AutoConvert", truth(on)); }
-    void setAutoTrigger(bool on) override { record("AutoTrigger", truth(on)); }
-    void setEnterIdle(bool on) override { record("EnterIdle", truth(on)); }
-    void setRealTime(bool on) override { record("RealTime", truth(on)); }
-    void setRefreshOnStop(bool on) override { record("RefreshOnStop", truth(on)); }
+    void setAutoConvert(bool on) override { record("AutoConvert", truthText(on)); }
+    void setAutoTrigger(bool on) override { record("AutoTrigger", truthText(on)); }
+    void setEnterIdle(bool on) override { record("EnterIdle", truthText(on)); }
+    void setRealTime(bool on) override { record("RealTime", truthText(on)); }
+    void setRefreshOnStop(bool on) override { record("RefreshOnStop", truthText(on)); }
     void setSpeed(int v) override { record("Speed", v); }
     void setTriggerLevel(int v) override { record("TriggerLevel", v); }
     void setTriggerMode(int v) override { record("TriggerMode", v); }
@@ -196,7 +128,13 @@ Components makeFakeComponents(std::shared_ptr<FakeWorld> world)
     c.systemInfo = maker<FakeSystemInfo, SystemInfo>(world);
     c.shell = maker<FakeShell, Shell>(world);
     if (world->hasWriter)
-        c.writerEngine = maker<FakeWriter, WriterEngine>(world);
+        c.writerEngine = [world] { return makeFakeWriter(world); };
+    if (world->hasDecoder) {
+        c.audioFile = [world] { return makeFakeAudioFile(world); };
+        c.trigger = [world] { return makeFakeTrigger(world); };
+        c.waveFile = [world] { return makeFakeWaveFile(world); };
+        c.formatConverter = [world] { return makeFakeFormatConverter(world); };
+    }
     if (world->hasAudioChain) {
         c.waveOut = maker<FakeWaveOut, WaveOut>(world);
         c.ringBuffer = maker<FakeRingBuffer, RingBuffer>(world);

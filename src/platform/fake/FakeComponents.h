@@ -13,6 +13,10 @@
 #include "platform/WriterEngine.h"
 #include "platform/fake/FakeSettingsStore.h"
 
+namespace rt {
+class EventLoop;
+}
+
 namespace platform::fake {
 
 // What the fakes were told and what they are to answer, shared by every instance a window
@@ -26,6 +30,24 @@ struct FakeWorld {
     // Writer engine: what InitEngine returns, and the recorders it finds (name, driver type).
     int writerInitResult = 0;
     std::vector<std::pair<std::string, int>> writerDevices{{"Image Recorder", 10}};
+
+    // Writer engine, burning: DiscState's answers in turn (the last one stays), the results of
+    // AddTrack and WriteTracks, virtual milliseconds per percent written and for the closing.
+    std::vector<int> discStates{0};
+    size_t discStateReads = 0;
+    int addTrackResult = 0;
+    int writeTracksResult = 0;
+    int msPerPercent = 30;
+    int closingMs = 2000;
+    // One line for each track the fake writer wrote, in order.
+    std::vector<std::string> writtenTracks;
+
+    // Decoding chain: virtual milliseconds a decode takes; whether Start refuses.
+    int decodeMs = 2000;
+    bool triggerStartFails = false;
+
+    // The loop on which the fakes raise their events, one after the other in virtual time.
+    rt::EventLoop *loop = nullptr;
 
     // Shell: what openAddress returns (non-zero: the address could not be handed over).
     int shellResult = 0;
@@ -42,6 +64,7 @@ struct FakeWorld {
     // Which families are there at all; a missing one is a component the program hasn't got.
     bool hasWriter = true;
     bool hasAudioChain = true;
+    bool hasDecoder = true;
 };
 
 // Components whose makers all build fakes on one world.
