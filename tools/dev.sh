@@ -13,6 +13,8 @@ build=${BRASSWICK_BUILD_DIR:-$root/build}
 packages=(build-essential cmake ninja-build pkg-config
           qt6-base-dev libgl-dev
           libmp3lame-dev lame
+          libmpg123-dev libsndfile1-dev libsoxr-dev libcdio-dev libcdio-paranoia-dev
+          wodim mpg123 sox
           libgtest-dev libbenchmark-dev
           clang libclang-rt-14-dev
           xvfb xauth x11-utils imagemagick qt6-qpa-plugins)

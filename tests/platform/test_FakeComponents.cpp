@@ -57,3 +57,71 @@ TEST(FakeComponents, EqualizerBandsAndIniGains)
     EXPECT_EQ(eq->BandGain(3), 0.0);
     EXPECT_THROW(eq->BandGain(15), rt::RuntimeError);
 }
+
+#include "runtime/VirtualEventLoop.h"
+
+TEST(FakeComponents, WriterWritesOnTheLoopsTimeAndTakesTheCloseFlagsAtTheEndOfTheData)
+{
+    rt::VirtualEventLoop loop;
+    auto world = std::make_shared<fake::FakeWorld>();
+    world->loop = &loop;
+    world->msPerPercent = 10;
+    world->closingMs = 500;
+    auto writer = fake::makeFakeComponents(world).writerEngine();
+    std::vector<std::string> events;
+    writer->OnWriteProgress = [&](int p) { events.push_back("p" + std::to_string(p)); };
+    writer->OnClosingDisc = [&] { events.push_back("closing"); };
+    writer->OnTrackDone = [&](int) { events.push_back("done"); };
+    writer->setWriteSpeed(4);
+    ASSERT_EQ(writer->AddTrack("w.wav", 0), 0);
+    ASSERT_EQ(writer->WriteTracks(), 0);
+    loop.wait(500);
+    writer->setCloseSessionAfterTrack(true);
+    loop.wait(1100);
+    ASSERT_EQ(events.size(), 102u);
+    EXPECT_EQ(events[0], "p1");
+    EXPECT_EQ(events[99], "p100");
+    EXPECT_EQ(events[100], "closing");
+    EXPECT_EQ(events[101], "done");
+    EXPECT_EQ(world->writtenTracks.at(0), "speed 4, test False, closes True");
+    // The track stays listed and written: a second WriteTracks writes nothing new.
+    writer->AddTrack("w.wav", 0);
+    writer->WriteTracks();
+    loop.wait(5000);
+    EXPECT_EQ(world->writtenTracks.size(), 2u);
+}
+
+TEST(FakeComponents, DiscStatesAnswerInTurnAndTheLastStays)
+{
+    auto world = std::make_shared<fake::FakeWorld>();
+    world->discStates = {-1, 2, 0};
+    auto writer = fake::makeFakeComponents(world).writerEngine();
+    EXPECT_EQ(writer->DiscState(), -1);
+    EXPECT_EQ(writer->DiscState(), 2);
+    EXPECT_EQ(writer->DiscState(), 0);
+    EXPECT_EQ(writer->DiscState(), 0);
+}
+
+TEST(FakeComponents, TriggerRefusesAMissingSourceAndClosesEvenWhenNeverOpened)
+{
+    rt::VirtualEventLoop loop;
+    auto world = std::make_shared<fake::FakeWorld>();
+    world->loop = &loop;
+    auto c = fake::makeFakeComponents(world);
+    auto source = c.audioFile();
+    auto trigger = c.trigger();
+    trigger->setInput(source.get());
+    source->setFileName("/no/such/file.mp3");
+    try {
+        trigger->Start();
+        FAIL() << "started";
+    } catch (const rt::RuntimeError &e) {
+        EXPECT_EQ(e.number(), 53);
+    }
+    int closed = 0;
+    trigger->OnClosed = [&] { ++closed; };
+    trigger->Close();
+    loop.doEvents();
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(trigger->State(), 0);
+}
