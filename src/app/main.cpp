@@ -2,6 +2,8 @@
 #include <QDir>
 
 #include "platform/Components.h"
+#include "platform/media/RealMediaComponents.h"
+#include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
 #include "platform/system/XdgShell.h"
@@ -27,6 +29,12 @@ int main(int argc, char **argv)
     components.shell = [] { return std::make_unique<platform::system::XdgShell>(); };
 
     uiqt::QtEventLoop loop;
+    // The decoding chains and the writing engine: the system's recorders, then the Image
+    // Recorder, whose discs go to the user's music folder.
+    platform::media::addRealMediaComponents(components, loop);
+    components.writerEngine = [&loop] {
+        return std::make_unique<platform::writer::CdWriterEngine>(loop, platform::writer::Options{});
+    };
     uiqt::QtMessageBoxes boxes;
     uiqt::QtDialogs dialogs;
     // The program's folder is the folder of the executable: LocalJ/ lies beside it.

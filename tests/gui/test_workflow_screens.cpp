@@ -31,11 +31,15 @@
 #include <gtest/gtest.h>
 
 #include "Mp3Maker.h"
+#include "burn/BurnWindows.h"
+#include "burn/Mainwriter.h"
 #include "layout/Form2.h"
 #include "layout/Form5.h"
 #include "layout/LayoutWindows.h"
 #include "platform/Components.h"
 #include "platform/fake/FakeComponents.h"
+#include "platform/media/RealMediaComponents.h"
+#include "platform/writer/CdWriterEngine.h"
 #include "shell/ShellWindows.h"
 #include "shell/frmMain.h"
 #include "ui/AppContext.h"
@@ -82,15 +86,25 @@ private:
 // A running program on Qt's loop with scripted boxes and dialogs and fake components. The
 // program folder is a copy of the build's, as the layout writes its last folder into it.
 struct Program {
-    explicit Program(const fs::path &work)
+    // With `realBurn`, the decoding chain and the writing engine are the real ones, the Image
+    // Recorder writing into work/discs.
+    explicit Program(const fs::path &work, bool realBurn = false)
         : prog(work / "prog")
     {
+        if (realBurn) {
+            platform::media::addRealMediaComponents(components, loop);
+            platform::writer::Options o;
+            o.imageFolder = work / "discs";
+            o.scanSystemRecorders = false;
+            components.writerEngine = [this, o] { return std::make_unique<platform::writer::CdWriterEngine>(loop, o); };
+        }
         fs::create_directories(prog);
         fs::copy(BRASSWICK_PROGRAM_DIR, prog, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
         app = std::make_unique<ui::AppContext>(loop, boxes, dialogs, components, prog.string());
         frontEnd = std::make_unique<uiqt::QtFrontEnd>(*app);
         shell::registerShellWindows(*app);
         layout::registerLayoutWindows(*app);
+        burn::registerBurnWindows(*app);
     }
     ~Program()
     {
@@ -423,6 +437,69 @@ TEST(WorkflowScreens, DiscChoiceLayoutOvertimeAndHandOver)
 
     EXPECT_EQ(p.boxes.shown().size(), 1u);
     EXPECT_FALSE(p.app->ended());
+}
+
+TEST(WorkflowScreens, BurnToTheImageRecorder)
+{
+    ScratchFolder work("brasswick-gui-burn");
+    const fs::path music = work.path() / "music";
+    fs::create_directories(music);
+    for (const char *name : {"Aurora.mp3", "Breakwater.mp3"}) {
+        testsupport::Mp3Options o;
+        o.seconds = 6;
+        ASSERT_TRUE(testsupport::makeMp3((music / name).string(), o));
+    }
+    Program p(work.path(), true);
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+    EXPECT_EQ(main.Text1.Text(), "Image Recorder");
+
+    // A two-track layout, handed over.
+    auto &builder = p.app->form<layout::Form5>();
+    builder.cdvalue(4400);
+    builder.Show();
+    p.dialogs.queueResult(music.string());
+    builder.ctButton3.userClick();
+    settle();
+    builder.ctList1.userClickRow(0);
+    builder.ctList1.userClickRow(1);
+    builder.ctButton1.userClick();
+    builder.ctButton4.userClick();
+    settle();
+    ASSERT_EQ(main.mainlist.ListCount(), 2);
+
+    // Start, answered Yes: Mainwriter decodes and the Image Recorder sets up and writes.
+    p.boxes.queueAnswer(ui::vbYes);
+    main.ctButton13.userClick();
+    // Past the first track's set-up and writing, into the second track's.
+    settle(7000);
+    auto *writer = dynamic_cast<burn::Mainwriter *>(p.app->findLoaded("Mainwriter"));
+    ASSERT_NE(writer, nullptr);
+    ASSERT_TRUE(p.view("Mainwriter").topLevel()->isVisible());
+    EXPECT_FALSE(p.view("frmMain").topLevel()->isVisible());
+    expectReadable(p, "Mainwriter", {&writer->Label1, &writer->Label2});
+    photograph(p, "Mainwriter", "mainwriter-burning.png");
+    // The second track is decoded and waits in the recorder's set-up; the first is on disc.
+    EXPECT_EQ(writer->ctList1.ListCount(), 0);
+    EXPECT_EQ(writer->progressbar1.Value(), 100);
+    EXPECT_GE(writer->overallmeter.Value(), 100);
+
+    // Both tracks: two set-ups of five seconds, then the finish.
+    QElapsedTimer clock;
+    clock.start();
+    while (p.app->findLoaded("Mainwriter") && clock.elapsed() < 60000)
+        settle(200);
+    settle(500);
+    ASSERT_EQ(p.app->findLoaded("Mainwriter"), nullptr);
+    ASSERT_GE(p.boxes.shown().size(), 2u);
+    EXPECT_EQ(p.boxes.shown().back().request.prompt, "Velmora Works has finished your CD");
+    EXPECT_TRUE(p.view("frmMain").topLevel()->isVisible());
+    photograph(p, "frmMain", "main-after-burn.png");
+    int cues = 0;
+    for (const auto &e : fs::directory_iterator(work.path() / "discs"))
+        cues += e.path().extension() == ".cue";
+    EXPECT_EQ(cues, 1);
 }
 
 // Mean time of one scroll step from the top of a list to its bottom, each step painted.

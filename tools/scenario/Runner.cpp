@@ -8,10 +8,8 @@
 #include <sstream>
 
 #include "Mp3Maker.h"
-#ifdef BRASSWICK_REAL_BACKENDS
 #include "platform/media/RealMediaComponents.h"
-#include "platform/writer/RealWriter.h"
-#endif
+#include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
 #include "platform/system/XdgShell.h"
@@ -455,17 +453,16 @@ void Runner::cmdStart()
         fail("the program is already started");
     m_world->loop = m_loop.get();
     m_components = std::make_unique<platform::Components>(platform::fake::makeFakeComponents(m_world));
-#ifdef BRASSWICK_REAL_BACKENDS
     if (m_useReal["decoder"])
         platform::media::addRealMediaComponents(*m_components, *m_loop);
     if (m_useReal["writer"]) {
         // The Image Recorder only: a scenario never burns a disc in a drive of the machine.
         platform::writer::Options o;
-        o.imageFolder = (m_work / "discs").string();
+        o.imageFolder = m_work / "discs";
         o.scanSystemRecorders = false;
-        m_components->writerEngine = platform::writer::realWriterMaker(*m_loop, o);
+        rt::EventLoop &loop = *m_loop;
+        m_components->writerEngine = [&loop, o] { return std::make_unique<platform::writer::CdWriterEngine>(loop, o); };
     }
-#endif
     if (m_useReal["settings"]) {
         const fs::path file = m_work / "config" / "velmora-works" / "registry.ini";
         m_components->settingsStore = [file] { return std::make_unique<platform::settings::FileSettingsStore>(file); };

@@ -1,0 +1,352 @@
+#include "CdWriterEngine.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <system_error>
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include "DriverTypes.h"
+#include "WaveSource.h"
+#include "runtime/Conversions.h"
+#include "runtime/Paths.h"
+#include "runtime/RuntimeError.h"
+
+namespace fs = std::filesystem;
+
+namespace platform::writer {
+
+namespace {
+
+constexpr const char *workName = "writer";
+// A state change of the disc shows within this time; the program's wait loop asks often.
+constexpr auto discStateLife = std::chrono::milliseconds(800);
+// PreGapSize beyond a minute is taken for a mistake.
+constexpr int longestPause = 60 * sectorsPerSecond;
+
+fs::path homeFolder()
+{
+    if (const char *home = std::getenv("HOME"); home && *home)
+        return home;
+    if (const passwd *pw = ::getpwuid(::getuid()); pw && pw->pw_dir)
+        return pw->pw_dir;
+    return "/";
+}
+
+// XDG_MUSIC_DIR="$HOME/Music" or an absolute path; nullopt when the file doesn't say.
+std::optional<fs::path> xdgMusicFolder(const fs::path &home)
+{
+    const char *config = std::getenv("XDG_CONFIG_HOME");
+    const fs::path configFolder = config && *config == '/' ? fs::path(config) : home / ".config";
+    std::ifstream in(configFolder / "user-dirs.dirs");
+    std::string line;
+    std::optional<fs::path> found;
+    while (std::getline(in, line)) {
+        const auto start = line.find_first_not_of(" \t");
+        if (start == std::string::npos || line.compare(start, 14, "XDG_MUSIC_DIR=") != 0)
+            continue;
+        std::string value = line.substr(start + 14);
+        while (!value.empty() && (value.back() == '\r' || value.back() == ' ' || value.back() == '\t'))
+            value.pop_back();
+        if (value.size() < 2 || value.front() != '"' || value.back() != '"')
+            continue;
+        value = value.substr(1, value.size() - 2);
+        fs::path folder;
+        if (value.rfind("$HOME", 0) == 0) {
+            std::string rest = value.substr(5);
+            while (!rest.empty() && rest.front() == '/')
+                rest.erase(0, 1);
+            // "$HOME/" alone means the user turned the folder off.
+            if (rest.empty())
+                continue;
+            folder = home / rest;
+        } else if (!value.empty() && value.front() == '/') {
+            folder = value;
+        } else {
+            continue;
+        }
+        found = folder;
+    }
+    return found;
+}
+
+} // namespace
+
+fs::path defaultImageFolder()
+{
+    const fs::path home = homeFolder();
+    return xdgMusicFolder(home).value_or(home / "Music") / "MP3 Brasswick Discs";
+}
+
+// The engine's side of a running job, seen by the backend on the worker thread.
+class CdWriterEngine::JobContext : public WriteContext {
+public:
+    explicit JobContext(CdWriterEngine &engine) : m_engine(engine) {}
+    void beginTrack(bool last)
+    {
+        m_lastOfJob = last;
+        m_percent = 0;
+    }
+    bool stopRequested() const override { return m_engine.m_stop; }
+    bool pause(int ms) override
+    {
+        std::unique_lock lock(m_engine.m_stopMutex);
+        m_engine.m_stopSignal.wait_for(lock, std::chrono::milliseconds(ms), [this] { return m_engine.m_stop.load(); });
+        return !m_engine.m_stop;
+    }
+    void progress(int percent) override
+    {
+        if (percent <= m_percent || percent > 100)
+            return;
+        m_percent = percent;
+        m_engine.post([percent](CdWriterEngine &e) {
+            if (auto handler = e.OnWriteProgress)
+                handler(percent);
+        });
+    }
+    // A close applies to the last of the listed tracks: closing earlier would leave the rest
+    // without a disc to go on.
+    bool closeRequested() const override { return m_lastOfJob && (m_engine.m_closeDisc || m_engine.m_closeSession); }
+    void closing() override
+    {
+        m_engine.post([](CdWriterEngine &e) {
+            if (auto handler = e.OnClosingDisc)
+                handler();
+        });
+    }
+
+private:
+    CdWriterEngine &m_engine;
+    bool m_lastOfJob = true;
+    int m_percent = 0;
+};
+
+CdWriterEngine::CdWriterEngine(rt::EventLoop &loop, Options options)
+    : m_loop(loop)
+    , m_options(std::move(options))
+    , m_image(m_options.imageFolder.empty() ? defaultImageFolder() : m_options.imageFolder, m_options.setupMs)
+    , m_wodim(m_options.wodimPath)
+{
+}
+
+CdWriterEngine::~CdWriterEngine()
+{
+    {
+        std::lock_guard lock(m_stopMutex);
+        m_stop = true;
+    }
+    m_stopSignal.notify_all();
+    if (m_worker.joinable())
+        m_worker.join();
+    // A job that ended without its OnTrackDone still has its work in hand.
+    if (m_workOpen.exchange(false))
+        m_loop.endWork(workName);
+}
+
+void CdWriterEngine::post(std::function<void(CdWriterEngine &)> event, std::string work)
+{
+    m_loop.postEvent(std::weak_ptr<void>(m_alive), [this, event = std::move(event)] { event(*this); }, std::move(work));
+}
+
+void CdWriterEngine::ensureDevices()
+{
+    // The list is made once: InitEngine comes between every two tracks of a burn, and the
+    // indexes the program holds must keep meaning the same devices.
+    if (m_scanned)
+        return;
+    m_scanned = true;
+    if (m_options.scanSystemRecorders) {
+        for (const WodimDevice &d : m_wodim.discover())
+            m_devices.push_back({d.displayName(), d.dev, false, mmcDriverType});
+    }
+    m_devices.push_back({imageRecorderName, {}, true, mmcDriverType});
+}
+
+CdWriterEngine::Device *CdWriterEngine::currentDevice()
+{
+    ensureDevices();
+    if (m_current < 0 || m_current >= static_cast<int>(m_devices.size()))
+        return nullptr;
+    return &m_devices[static_cast<size_t>(m_current)];
+}
+
+int CdWriterEngine::InitEngine()
+{
+    ensureDevices();
+    // A fresh look at the disc next time; the open image and the track list stay as they are.
+    m_discState.reset();
+    return m_devices.empty() ? 1 : 0;
+}
+
+int CdWriterEngine::DeviceCount()
+{
+    ensureDevices();
+    return static_cast<int>(m_devices.size());
+}
+
+std::string CdWriterEngine::DeviceName(int index)
+{
+    ensureDevices();
+    if (index < 0 || index >= static_cast<int>(m_devices.size()))
+        rt::raise(rt::ErrInvalidCall);
+    return m_devices[static_cast<size_t>(index)].name;
+}
+
+void CdWriterEngine::SelectDevice(int index)
+{
+    m_current = index;
+    m_discState.reset();
+}
+
+int CdWriterEngine::DeviceDriverType()
+{
+    const Device *d = currentDevice();
+    return d ? d->driverType : 0;
+}
+
+void CdWriterEngine::SetDriverType(int type)
+{
+    if (Device *d = currentDevice())
+        d->driverType = type;
+}
+
+WodimSettings CdWriterEngine::wodimSettings(const Device &d) const
+{
+    WodimSettings s;
+    s.device = d.dev;
+    s.driverName = wodimDriverName(d.driverType);
+    s.speed = m_writeSpeed;
+    s.fifoBytes = fifoSize();
+    s.dummy = m_testWrite;
+    return s;
+}
+
+int64_t CdWriterEngine::fifoSize() const
+{
+    return fifoBytes(m_fifoBufferCount, m_sectorsPerBuffer);
+}
+
+int CdWriterEngine::DiscState()
+{
+    Device *d = currentDevice();
+    if (!d)
+        return -1;
+    if (d->image)
+        return m_image.discState();
+    // The drive is busy with our own write: no disc is ready for another.
+    if (m_busy)
+        return 1;
+    const auto now = std::chrono::steady_clock::now();
+    if (m_discState && m_discState->device == m_current && now - m_discState->at < discStateLife)
+        return m_discState->state;
+    const int state = m_wodim.probeDiscState(wodimSettings(*d));
+    m_discState = CachedState{m_current, state, std::chrono::steady_clock::now()};
+    return state;
+}
+
+int CdWriterEngine::AddTrack(const std::string &file, int flags)
+{
+    (void)flags;
+    if (!currentDevice())
+        return 1;
+    std::error_code ec;
+    const fs::path path = fs::absolute(rt::nativePath(file), ec);
+    if (ec || !inspectCdWave(path))
+        return 2;
+    m_tracks.push_back({path, false});
+    return 0;
+}
+
+void CdWriterEngine::ClearTracks()
+{
+    m_tracks.clear();
+}
+
+int CdWriterEngine::WriteTracks()
+{
+    Device *d = currentDevice();
+    if (!d)
+        return 1;
+    if (m_busy)
+        return 2;
+    Job job;
+    job.image = d->image;
+    job.wodim = wodimSettings(*d);
+    for (const Entry &e : m_tracks) {
+        if (!e.handed)
+            job.tracks.push_back({e.file, m_testWrite, m_pauseSectors});
+    }
+    if (job.tracks.empty())
+        return 3;
+    if (!d->image && !m_wodim.available())
+        return 4;
+    if (m_worker.joinable())
+        m_worker.join();
+    m_busy = true;
+    m_workOpen = true;
+    m_loop.beginWork(workName);
+    try {
+        m_worker = std::thread(&CdWriterEngine::run, this, std::move(job));
+    } catch (const std::system_error &) {
+        m_busy = false;
+        m_workOpen = false;
+        m_loop.endWork(workName);
+        return 5;
+    }
+    // Each track is written once: the work file it came from is the next track's soon.
+    for (Entry &e : m_tracks)
+        e.handed = true;
+    return 0;
+}
+
+void CdWriterEngine::run(Job job)
+{
+    JobContext ctx(*this);
+    int result = writeOk;
+    for (size_t i = 0; i < job.tracks.size() && result == writeOk; ++i) {
+        ctx.beginTrack(i + 1 == job.tracks.size());
+        result = job.image ? m_image.writeTrack(job.tracks[i], ctx) : m_wodim.writeTrack(job.tracks[i], job.wodim, ctx);
+        if (m_stop)
+            return; // the engine is going away: no more events
+    }
+    // Not busy before the event: its handler may start the next track at once.
+    m_busy = false;
+    m_workOpen = false;
+    post(
+        [result](CdWriterEngine &e) {
+            if (auto handler = e.OnTrackDone)
+                handler(result);
+        },
+        workName);
+}
+
+void CdWriterEngine::setFifoBufferCount(const std::string &value)
+{
+    m_fifoBufferCount = rt::CLng(value).value();
+}
+
+void CdWriterEngine::setPreGapSize(const std::string &value)
+{
+    const int sectors = rt::CLng(value).value();
+    m_pauseSectors = sectors >= 1 && sectors <= longestPause ? sectors : defaultPauseSectors;
+}
+
+void CdWriterEngine::setSectorsPerBuffer(const std::string &value)
+{
+    m_sectorsPerBuffer = rt::CLng(value).value();
+}
+
+void CdWriterEngine::setSwapBytes(const std::string &value)
+{
+    m_swapBytes = rt::CBool(value);
+}
+
+std::function<std::unique_ptr<WriterEngine>()> realWriterMaker(rt::EventLoop &loop, Options options)
+{
+    return [&loop, options = std::move(options)]() -> std::unique_ptr<WriterEngine> {
+        return std::make_unique<CdWriterEngine>(loop, options);
+    };
+}
+
+} // namespace platform::writer
