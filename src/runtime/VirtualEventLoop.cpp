@@ -1,5 +1,7 @@
 #include "VirtualEventLoop.h"
 
+#include <chrono>
+
 #include <limits>
 
 namespace rt {
@@ -18,8 +20,11 @@ void VirtualEventLoop::stopTimer(TimerId id)
 
 void VirtualEventLoop::post(Handler handler)
 {
-    std::lock_guard lock(m_postedMutex);
-    m_posted.push_back(std::move(handler));
+    {
+        std::lock_guard lock(m_postedMutex);
+        m_posted.push_back(std::move(handler));
+    }
+    m_postedSignal.notify_all();
 }
 
 bool VirtualEventLoop::runPosted()
@@ -92,6 +97,12 @@ bool VirtualEventLoop::hasPending()
 {
     std::lock_guard lock(m_postedMutex);
     return !m_posted.empty() || !m_timers.empty();
+}
+
+void VirtualEventLoop::waitForPost(int ms)
+{
+    std::unique_lock lock(m_postedMutex);
+    m_postedSignal.wait_for(lock, std::chrono::milliseconds(ms), [this] { return !m_posted.empty(); });
 }
 
 bool VirtualEventLoop::hasPosted()

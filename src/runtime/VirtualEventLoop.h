@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -25,6 +26,8 @@ public:
     bool hasPending();
     // Events posted and not yet run.
     bool hasPosted();
+    // Blocks the calling thread for at most ms of real time, less when an event is posted.
+    void waitForPost(int ms);
     void setModalHorizon(int64_t ms) { m_modalHorizon = ms; }
 
 private:
@@ -42,6 +45,7 @@ private:
     std::map<TimerId, TimerEntry> m_timers;
     std::mutex m_postedMutex;
     std::deque<Handler> m_posted;
+    std::condition_variable m_postedSignal;
     int64_t m_modalHorizon = 24LL * 3600 * 1000;
 };
 

@@ -508,7 +508,8 @@ void Runner::cmdSettle(const Tokens &t)
                 names += (names.empty() ? "" : ", ") + b;
             fail("still busy after " + std::to_string(limit) + " ms: " + (names.empty() ? "events" : names));
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        // Window timers catch up in one go when the wait is over; events wake it at once.
+        m_loop->waitForPost(10);
     }
 }
 
