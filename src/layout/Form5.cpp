@@ -146,7 +146,7 @@ void Form5::Form_Load()
     // Left only by its own buttons.
     step([&] { setTopmost(true); });
     step([&] { setCloseCommandRemoved(true); });
-    step([&] { Text1.setText(std::filesystem::current_path().string()); });
+    step([&] { Text1.setText(rt::nameText(std::filesystem::current_path().string())); });
     step([&] {
         ctList1.AddItem(std::string(";") + "Engine Class Initialized - Velmora Works");
         ctList1.setRowImage(0, 1);
@@ -266,13 +266,14 @@ void Form5::ctButton3_Click()
 void Form5::importScan()
 {
     rt::ResumeNext step;
+    // One set of variables for the whole scan: a step that fails leaves what the row before put there.
+    std::string f, title, seconds, time;
     step([&] { DamagedSeen = 0; });
     step([&] { progressbar1.setMax(List1.ListCount()); });
     step([&] { progressbar1.setValue(0); });
     const int count = List1.ListCount();
     for (int i = 0; i < count; ++i) {
-        const std::string f = List1.List(i);
-        std::string title, seconds, time;
+        step([&] { f = List1.List(i); });
         step([&] { m_id3.setFileName(f); });
         step([&] { title = pFormatSongTitle(f); });
         step([&] { seconds = Getmp3data(f); });
@@ -341,6 +342,10 @@ void Form5::showTimeLeft(rt::Integer t)
 void Form5::ctButton1_Click()
 {
     rt::ResumeNext step;
+    // t lives as long as the click: a subtraction that overflows keeps the time left that the
+    // previous row of this Add worked out, and 0 only before the first one.
+    std::string f;
+    rt::Integer t = 0;
     const int count = ctList1.ListCount();
     for (int i = 0; i <= count; ++i) {
         if (i == count) {
@@ -349,8 +354,7 @@ void Form5::ctButton1_Click()
             break;
         }
         if (ctList1.Selected(i)) {
-            const std::string f = List1.List(i);
-            rt::Integer t = 0;
+            step([&] { f = List1.List(i); });
             step([&] { t = rt::CInt(SecondsLeft.value() - rt::Val(Getmp3data(f))); });
             if (Label5.Caption() == "Sample Rate: 0") {
                 ui::MsgBox(app(), "The file " + f + " is a damaged MP3 file!  This file cannot be burned", ui::vbExclamation,
@@ -383,7 +387,8 @@ void Form5::ctButton2_Click()
     rt::ResumeNext step;
     step([&] { ctButton4.setEnabled(ctList2.ListCount() != 0); });
     const int k = ctList2.ListIndex();
-    rt::Integer t = SecondsLeft;
+    // A sum that overflows leaves t at 0, as the click found it.
+    rt::Integer t = 0;
     step([&] { t = rt::CInt(SecondsLeft.value() + rt::Val(Getmp3data(list2.List(k)))); });
     showTimeLeft(t);
     step([&] { list2.RemoveItem(k); });

@@ -67,27 +67,137 @@ bool matchesAny(std::string_view patterns, const std::string &lowerName)
     }
 }
 
-void sortNames(std::vector<std::string> &names)
+// A file of a folder: its name as the logic shows it, and the bytes that open it.
+struct FolderEntry {
+    std::string text;
+    std::string bytes;
+};
+
+// The regular files of the folder whose names match, in the order a file list box shows them:
+// case-insensitively by the shown name, ties by its bytes.
+std::vector<FolderEntry> matchingFiles(const fs::path &dir, std::string_view pattern)
 {
-    std::vector<std::pair<std::string, std::string>> keyed; // (lower-case key, name)
-    keyed.reserve(names.size());
-    for (std::string &n : names)
-        keyed.emplace_back(LCase(n), std::move(n));
-    std::sort(keyed.begin(), keyed.end()); // by key, ties by the name's bytes
-    names.clear();
+    std::vector<std::pair<std::string, FolderEntry>> keyed; // (lower-case key, entry)
+    std::error_code ec;
+    fs::directory_iterator it(dir, ec);
+    if (ec)
+        return {};
+    for (; it != fs::directory_iterator(); it.increment(ec)) {
+        if (ec)
+            break;
+        std::error_code fileEc;
+        if (!it->is_regular_file(fileEc))
+            continue;
+        FolderEntry entry;
+        entry.bytes = it->path().filename().string();
+        entry.text = nameText(entry.bytes);
+        std::string key = LCase(entry.text);
+        if (matchesAny(pattern, key))
+            keyed.emplace_back(std::move(key), std::move(entry));
+    }
+    std::sort(keyed.begin(), keyed.end(), [](const auto &a, const auto &b) {
+        if (a.first != b.first)
+            return a.first < b.first;
+        return a.second.text != b.second.text ? a.second.text < b.second.text : a.second.bytes < b.second.bytes;
+    });
+    std::vector<FolderEntry> entries;
+    entries.reserve(keyed.size());
     for (auto &k : keyed)
-        names.push_back(std::move(k.second));
+        entries.push_back(std::move(k.second));
+    return entries;
 }
 
 bool hasWildcard(std::string_view s) { return s.find_first_of("*?") != std::string_view::npos; }
 
+bool isAscii(std::string_view s)
+{
+    return std::all_of(s.begin(), s.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+bool onDisc(const std::string &path)
+{
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0;
+}
+
+// How many parts of the path, from the first, are on disc when each part is taken either as
+// written or in Windows-1252 bytes; `found` holds those parts joined as they were found. As
+// written wins when both lead equally far, and a part that is not there in either form ends
+// the search (a file about to be made, or a missing one).
+size_t deepestOnDisc(const std::vector<std::string> &parts, size_t i, const std::string &prefix, std::string &found)
+{
+    found = prefix;
+    if (i == parts.size())
+        return i;
+    const std::string &part = parts[i];
+    const bool last = i + 1 == parts.size();
+    auto joined = [&](const std::string &name) { return last ? prefix + name : prefix + name + "/"; };
+    if (part.empty() || part == "." || part == "..")
+        return deepestOnDisc(parts, i + 1, joined(part), found);
+    std::vector<std::string> forms{part};
+    if (!isAscii(part) && isUtf8(part)) {
+        std::string legacy = toAnsi(part);
+        // Only a name each of whose characters has a Windows-1252 code can have been one.
+        if (fromAnsi(legacy) == part)
+            forms.push_back(std::move(legacy));
+    }
+    size_t best = i;
+    for (const std::string &form : forms) {
+        if (!onDisc(prefix + form))
+            continue;
+        std::string reached;
+        const size_t depth = deepestOnDisc(parts, i + 1, joined(form), reached);
+        if (depth > best) {
+            best = depth;
+            found = std::move(reached);
+        }
+    }
+    return best;
+}
+
 } // namespace
+
+std::string nameText(std::string_view bytes)
+{
+    if (isUtf8(bytes))
+        return std::string(bytes);
+    // Each name of a path on its own: one folder may come from an old disc, the next not.
+    std::string text;
+    for (size_t start = 0;;) {
+        const size_t slash = bytes.find('/', start);
+        const std::string_view part = bytes.substr(start, slash == std::string_view::npos ? std::string_view::npos : slash - start);
+        text += isUtf8(part) ? std::string(part) : fromAnsi(part);
+        if (slash == std::string_view::npos)
+            return text;
+        text += '/';
+        start = slash + 1;
+    }
+}
 
 fs::path nativePath(std::string_view logicPath)
 {
     std::string s(logicPath);
     std::replace(s.begin(), s.end(), '\\', '/');
-    return fs::path(s);
+    // Plain names, and a path that is there as written, need no search.
+    if (isAscii(s) || onDisc(s))
+        return fs::path(s);
+    std::vector<std::string> parts;
+    for (size_t start = 0;;) {
+        const size_t slash = s.find('/', start);
+        parts.push_back(s.substr(start, slash == std::string::npos ? std::string::npos : slash - start));
+        if (slash == std::string::npos)
+            break;
+        start = slash + 1;
+    }
+    std::string found;
+    const size_t depth = deepestOnDisc(parts, 0, std::string(), found);
+    // The parts beyond what is on disc stay as written.
+    for (size_t i = depth; i < parts.size(); ++i) {
+        found += parts[i];
+        if (i + 1 < parts.size())
+            found += '/';
+    }
+    return fs::path(found);
 }
 
 bool fileExists(std::string_view logicPath)
@@ -116,8 +226,8 @@ void Kill(std::string_view logicPath)
     const std::string name = p.filename().string();
     if (hasWildcard(name)) {
         const fs::path folder = p.has_parent_path() ? p.parent_path() : fs::path(".");
-        for (const std::string &f : listFiles(folder.string(), name))
-            victims.push_back(folder / f);
+        for (const FolderEntry &f : matchingFiles(folder, name))
+            victims.push_back(folder / f.bytes);
     } else if (!logicPath.empty() && isRegularFile(p)) {
         victims.push_back(p);
     }
@@ -132,22 +242,8 @@ void Kill(std::string_view logicPath)
 std::vector<std::string> listFiles(std::string_view folder, std::string_view pattern)
 {
     std::vector<std::string> names;
-    const fs::path dir = folder.empty() ? fs::path(".") : nativePath(folder);
-    std::error_code ec;
-    fs::directory_iterator it(dir, ec);
-    if (ec)
-        return names;
-    for (; it != fs::directory_iterator(); it.increment(ec)) {
-        if (ec)
-            break;
-        std::error_code fileEc;
-        if (!it->is_regular_file(fileEc))
-            continue;
-        std::string name = it->path().filename().string();
-        if (matchesAny(pattern, LCase(name)))
-            names.push_back(std::move(name));
-    }
-    sortNames(names);
+    for (FolderEntry &entry : matchingFiles(folder.empty() ? fs::path(".") : nativePath(folder), pattern))
+        names.push_back(std::move(entry.text));
     return names;
 }
 

@@ -356,6 +356,18 @@ std::string fromAnsi(std::string_view bytes)
     return out;
 }
 
+bool isUtf8(std::string_view bytes)
+{
+    size_t pos = 0;
+    while (pos < bytes.size()) {
+        size_t len;
+        if (decode(bytes, pos, len) == Invalid)
+            return false;
+        pos += len;
+    }
+    return true;
+}
+
 std::string toAnsi(std::string_view text)
 {
     std::string out;

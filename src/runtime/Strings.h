@@ -32,5 +32,7 @@ std::string Replace(std::string_view s, std::string_view find, std::string_view 
 // Windows-1252 bytes to UTF-8 text and back (characters with no code become "?").
 std::string fromAnsi(std::string_view bytes);
 std::string toAnsi(std::string_view text);
+// True when the bytes are well-formed UTF-8 throughout.
+bool isUtf8(std::string_view bytes);
 
 } // namespace rt

@@ -42,6 +42,15 @@ bool isDirectory(const fs::path &p)
     return fs::is_directory(p, ec);
 }
 
+// A file without any write permission stands for the read-only attribute: opening it to write
+// fails, whoever runs the program (root included), and the file is left as it was.
+void refuseReadOnly(const fs::path &p)
+{
+    struct stat st {};
+    if (::stat(p.c_str(), &st) == 0 && S_ISREG(st.st_mode) && (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)
+        raise(ErrPathFileAccess);
+}
+
 } // namespace
 
 std::string printNumberText(double number) { return Str(number) + " "; }
@@ -74,6 +83,8 @@ void TextFile::open(std::string_view logicPath, Mode mode)
         // closed, through a temporary file and a rename: a crash never leaves half a file.
         if (!folderExists(p))
             raise(ErrPathNotFound);
+        // The rename would replace a read-only file as well; opening one for output fails.
+        refuseReadOnly(p);
         std::FILE *f = ::open_memstream(&m_pendingBytes, &m_pendingSize);
         if (!f)
             raise(7); // Out of memory
@@ -82,6 +93,8 @@ void TextFile::open(std::string_view logicPath, Mode mode)
         m_replacing = p;
         return;
     }
+    if (mode == Mode::Append)
+        refuseReadOnly(p);
     const char *how = mode == Mode::Input ? "rb" : "ab";
     std::FILE *f = std::fopen(p.c_str(), how);
     if (!f)

@@ -125,6 +125,71 @@ TEST_F(PathsTest, ListFilesTakesLogicFolders)
     EXPECT_EQ(listFiles(logic("sub"), "*.wav"), std::vector<std::string>{"t.wav"});
 }
 
+// A name copied from an old Windows disc: "café.mp3" with the é as the one byte E9.
+TEST_F(PathsTest, ForeignNamesAreShownAsWindows1252)
+{
+    make("caf\xE9.mp3");
+    make("na\xEFve \x80 song.mp3");
+    make("b\xC3\xA9" "b\xC3\xA9.mp3"); // UTF-8 already
+    const std::vector<std::string> expected{"bébé.mp3", "café.mp3", "naïve € song.mp3"};
+    EXPECT_EQ(listFiles(dir.string(), "*.mp3"), expected);
+    EXPECT_EQ(listFiles(dir.string(), "CAF\xC3\x89*"), std::vector<std::string>{"café.mp3"});
+}
+
+TEST_F(PathsTest, ForeignNamesOpenTheFileTheyCameFrom)
+{
+    make("caf\xE9.mp3", "legacy");
+    const std::string shown = logic(listFiles(dir.string(), "*.mp3").at(0));
+    EXPECT_EQ(nativePath(shown), dir / "caf\xE9.mp3");
+    EXPECT_TRUE(fileExists(shown));
+    EXPECT_EQ(FileLen(shown), 6);
+    // A name there as written is taken as written, even when its old spelling is there too.
+    make("caf\xC3\xA9.mp3", "utf-8");
+    EXPECT_EQ(nativePath(shown), dir / "caf\xC3\xA9.mp3");
+    EXPECT_EQ(FileLen(shown), 5);
+    // A name that isn't there in either spelling stays as written.
+    EXPECT_EQ(nativePath(logic("d\xC3\xA9j\xC3\xA0.mp3")), dir / "d\xC3\xA9j\xC3\xA0.mp3");
+    // Characters with no Windows-1252 code have no old spelling.
+    EXPECT_EQ(nativePath(logic("\xE4\xB8\xAD.mp3")), dir / "\xE4\xB8\xAD.mp3");
+}
+
+TEST_F(PathsTest, ForeignFolderNamesResolvePartByPart)
+{
+    fs::create_directories(dir / "M\xFCsik" / "\xC3\xA9t\xC3\xA9"); // Windows-1252, then UTF-8
+    make("M\xFCsik/\xC3\xA9t\xC3\xA9/Tr\xE4ume.mp3", "dream");
+    EXPECT_EQ(listFiles(logic("Müsik\\été"), "*.mp3"), std::vector<std::string>{"Träume.mp3"});
+    EXPECT_EQ(nativePath(logic("Müsik\\été\\Träume.mp3")), dir / "M\xFCsik" / "\xC3\xA9t\xC3\xA9" / "Tr\xE4ume.mp3");
+    EXPECT_EQ(FileLen(logic("Müsik\\été\\Träume.mp3")), 5);
+    // A new file in such a folder is made there, under its name as written.
+    EXPECT_EQ(nativePath(logic("Müsik\\été\\neu.txt")), dir / "M\xFCsik" / "\xC3\xA9t\xC3\xA9" / "neu.txt");
+    // Both spellings of a folder: the one that leads to the file wins.
+    fs::create_directories(dir / "M\xC3\xBCsik");
+    EXPECT_EQ(nativePath(logic("Müsik\\été\\Träume.mp3")), dir / "M\xFCsik" / "\xC3\xA9t\xC3\xA9" / "Tr\xE4ume.mp3");
+    EXPECT_EQ(nameText((dir / "M\xFCsik" / "\xC3\xA9t\xC3\xA9").string()), dir.string() + "/Müsik/été");
+}
+
+TEST_F(PathsTest, KillWithPatternTakesForeignNames)
+{
+    make("caf\xE9.wav");
+    make("keep.mp3");
+    Kill(logic("*.wav"));
+    EXPECT_FALSE(fs::exists(dir / "caf\xE9.wav"));
+    EXPECT_TRUE(fs::exists(dir / "keep.mp3"));
+    make("caf\xE9.wav");
+    Kill(logic("café.wav"));
+    EXPECT_FALSE(fs::exists(dir / "caf\xE9.wav"));
+}
+
+TEST(NameText, Utf8StaysAndTheRestIsWindows1252)
+{
+    EXPECT_EQ(nameText("plain.mp3"), "plain.mp3");
+    EXPECT_EQ(nameText("caf\xC3\xA9.mp3"), "café.mp3");
+    EXPECT_EQ(nameText("caf\xE9.mp3"), "café.mp3");
+    EXPECT_EQ(nameText("\x81\x8D\x8F\x90\x9D"), "\xC2\x81\xC2\x8D\xC2\x8F\xC2\x90\xC2\x9D");
+    EXPECT_EQ(nameText("/caf\xC3\xA9/caf\xE9"), "/café/café");
+    EXPECT_EQ(nameText(""), "");
+}
+
 TEST_F(PathsTest, ReadOnly)
 {
     make("a.txt");

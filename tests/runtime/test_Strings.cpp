@@ -181,3 +181,15 @@ TEST(Ansi, Conversions)
     EXPECT_EQ(toAnsi("\xC2\x80"), "?") << "U+0080 is not code 0x80";
     EXPECT_EQ(toAnsi("x\xFFy"), "x?y");
 }
+
+TEST(Utf8, WellFormedOrNot)
+{
+    EXPECT_TRUE(isUtf8(""));
+    EXPECT_TRUE(isUtf8("plain"));
+    EXPECT_TRUE(isUtf8("caf\xC3\xA9"));
+    EXPECT_TRUE(isUtf8("\xF0\x9F\x8E\xB5"));
+    EXPECT_FALSE(isUtf8("caf\xE9"));
+    EXPECT_FALSE(isUtf8("\xC3"));          // cut short
+    EXPECT_FALSE(isUtf8("\xC0\xAF"));      // overlong
+    EXPECT_FALSE(isUtf8("\xED\xA0\x80"));  // a surrogate
+}

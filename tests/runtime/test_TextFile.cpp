@@ -105,6 +105,45 @@ TEST_F(FileTest, OpenErrors)
     EXPECT_EQ(errorOf([&] { f.open(path("a.txt"), TextFile::Mode::Input); }), 55);
 }
 
+TEST_F(FileTest, ReadOnlyFileIsNotReplaced)
+{
+    write("locked.txt", "kept\r\n");
+    fs::permissions(dir / "locked.txt", fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    // Whoever runs the program, root included: a read-only file is no file to write.
+    EXPECT_EQ(errorOf([&] { TextFile f(path("locked.txt"), TextFile::Mode::Output); }), 75);
+    EXPECT_EQ(errorOf([&] { TextFile f(path("locked.txt"), TextFile::Mode::Append); }), 75);
+    EXPECT_EQ(read("locked.txt"), "kept\r\n");
+    EXPECT_EQ(fs::status(dir / "locked.txt").permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    // Nothing is left beside it.
+    int entries = 0;
+    for ([[maybe_unused]] const auto &e : fs::directory_iterator(dir))
+        ++entries;
+    EXPECT_EQ(entries, 1);
+    // A failed open leaves the file variable closed and usable.
+    TextFile f;
+    EXPECT_EQ(errorOf([&] { f.open(path("locked.txt"), TextFile::Mode::Output); }), 75);
+    EXPECT_FALSE(f.isOpen());
+    EXPECT_EQ(errorOf([&] { f.printLine("x"); }), 52);
+    // Reading it is no problem.
+    TextFile in(path("locked.txt"), TextFile::Mode::Input);
+    EXPECT_EQ(in.lineInput(), "kept");
+}
+
+TEST_F(FileTest, WritableFileIsStillReplacedWhole)
+{
+    write("open.txt", "old\r\n");
+    fs::permissions(dir / "open.txt", fs::perms::owner_read | fs::perms::owner_write);
+    {
+        TextFile f(path("open.txt"), TextFile::Mode::Output);
+        f.printLine("new");
+        // Until the close the old file stands as it was.
+        EXPECT_EQ(read("open.txt"), "old\r\n");
+    }
+    EXPECT_EQ(read("open.txt"), "new\r\n");
+    EXPECT_EQ(fs::status(dir / "open.txt").permissions() & fs::perms::all, fs::perms::owner_read | fs::perms::owner_write);
+}
+
 TEST_F(FileTest, BackslashPathsWork)
 {
     fs::create_directory(dir / "sub");

@@ -187,7 +187,8 @@ std::string v2Field(const mpg123_string *s)
 // The track's name when its tag has none: the file's name, no folder or extension, "_" blank.
 std::string titleFromFileName(const std::filesystem::path &file)
 {
-    std::string name = file.stem().string();
+    // A name from an old Windows disc is shown as Windows-1252, as the file lists show it.
+    std::string name = rt::nameText(file.stem().string());
     std::replace(name.begin(), name.end(), '_', ' ');
     return name;
 }
