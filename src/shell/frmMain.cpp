@@ -1,6 +1,5 @@
 #include "frmMain.h"
 
-#include "WriterModels.h"
 #include "runtime/Conversions.h"
 #include "runtime/ResumeNext.h"
 #include "runtime/TextFile.h"
