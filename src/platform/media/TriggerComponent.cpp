@@ -102,13 +102,7 @@ void TriggerComponent::Start()
         m_worker = std::thread(&TriggerComponent::run, this, static_cast<size_t>(m_bufferSize));
     } catch (const std::system_error &) {
         // No thread, no flow: it stops at once.
-        m_state = StateOpen;
-        m_loop.postEvent(
-            m_alive,
-            [this] {
-                fireEvent(OnStopped);
-            },
-            WorkName);
+        flowEnded();
     }
 }
 
@@ -159,13 +153,14 @@ void TriggerComponent::run(size_t bufferBytes)
             fireEvent(OnError, 0, std::string("The sound could not be read"));
         });
     }
+    flowEnded();
+}
+
+void TriggerComponent::flowEnded()
+{
+    // Open but still: the stop is the last event of the flow's work.
     m_state = StateOpen;
-    m_loop.postEvent(
-        m_alive,
-        [this] {
-            fireEvent(OnStopped);
-        },
-        WorkName);
+    m_loop.postEvent(m_alive, [this] { fireEvent(OnStopped); }, WorkName);
 }
 
 void TriggerComponent::joinWorker()

@@ -29,6 +29,7 @@ public:
     static constexpr const char *WorkName = "decoder";
 
 private:
+    void flowEnded();
     void nodeGoing(ChainNode *node) override;
     // The worker; the buffer size is taken at the start, later changes count from the next.
     void run(size_t bufferBytes);
