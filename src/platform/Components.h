@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "AudioChain.h"
 #include "MediaChain.h"
@@ -29,6 +30,8 @@ struct Components {
     std::function<std::unique_ptr<Trigger>()> trigger;
     std::function<std::unique_ptr<WaveFile>()> waveFile;
     std::function<std::unique_ptr<FormatConverter>()> formatConverter;
+    // The wave formats a converter's target file can be written in, for the format chooser.
+    std::function<std::vector<WaveFormat>()> writableWaveFormats;
     std::function<std::unique_ptr<Shell>()> shell;
 };
 

@@ -2,12 +2,13 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ui {
 
-// One open, save or folder dialog (CommonDialog / BrowseDialog).
+// One open, save or folder dialog (CommonDialog / BrowseDialog), or the wave format chooser.
 struct FileDialogRequest {
-    enum class Kind { Open, Save, Folder };
+    enum class Kind { Open, Save, Folder, WaveFormat };
     Kind kind = Kind::Open;
     std::string title;
     // "MP3 PlayLists|*.M3U": pairs of description and pattern separated by "|".
@@ -17,6 +18,10 @@ struct FileDialogRequest {
     std::string secondPrompt;
     std::string initialFolder;
     int flags = 0;
+    // The wave format chooser: the formats offered, each named as "PCM, 22050 Hz, 16 bit, mono"
+    // (tag first, then its attributes); `fileName` holds the current one, if any. The result is
+    // one of the choices.
+    std::vector<std::string> choices;
 };
 
 // Runs file dialogs: Qt's pickers in the program, a script in scenarios.

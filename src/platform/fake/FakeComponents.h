@@ -45,6 +45,13 @@ struct FakeWorld {
     // Decoding chain: virtual milliseconds a decode takes; whether Start refuses.
     int decodeMs = 2000;
     bool triggerStartFails = false;
+    // Converting chain: after how many buffers the target file's disk is full, counted over the
+    // whole run (0: never); a buffer is 100 virtual milliseconds of a conversion.
+    int diskFullAfterBuffers = 0;
+    int buffersWritten = 0;
+
+    // Player chain: the length of every file the fake decoder opens, in milliseconds.
+    int playMs = 5000;
 
     // The loop on which the fakes raise their events, one after the other in virtual time.
     rt::EventLoop *loop = nullptr;

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "FakeRecorder.h"
+#include "platform/helper/WaveFormatText.h"
 #include "runtime/EventLoop.h"
 #include "runtime/Paths.h"
 #include "runtime/RuntimeError.h"
@@ -177,6 +178,23 @@ std::unique_ptr<WaveFile> makeFakeWaveFile(std::shared_ptr<FakeWorld> world)
 std::unique_ptr<FormatConverter> makeFakeFormatConverter(std::shared_ptr<FakeWorld> world)
 {
     return std::make_unique<FakeFormatConverter>(std::move(world));
+}
+
+} // namespace platform::fake
+
+namespace platform::fake {
+
+std::vector<WaveFormat> fakeWaveFormats()
+{
+    std::vector<WaveFormat> formats;
+    for (const char *text : {"PCM, 8000 Hz, 8 bit, mono", "PCM, 22050 Hz, 16 bit, mono", "PCM, 22050 Hz, 16 bit, stereo",
+                             "PCM, 44100 Hz, 16 bit, stereo", "PCM, 48000 Hz, 24 bit, stereo", "IEEE float, 44100 Hz, 32 bit, stereo",
+                             "A-law, 8000 Hz, 8 bit, mono", "u-law, 8000 Hz, 8 bit, mono", "IMA ADPCM, 22050 Hz, 4 bit, mono",
+                             "MS ADPCM, 22050 Hz, 4 bit, stereo", "GSM 6.10, 8000 Hz, mono"}) {
+        if (auto f = parseWaveFormatText(text))
+            formats.push_back(*f);
+    }
+    return formats;
 }
 
 } // namespace platform::fake

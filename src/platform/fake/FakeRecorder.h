@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "FakeComponents.h"
 
@@ -38,5 +39,12 @@ std::unique_ptr<AudioFile> makeFakeAudioFile(std::shared_ptr<FakeWorld> world);
 std::unique_ptr<Trigger> makeFakeTrigger(std::shared_ptr<FakeWorld> world);
 std::unique_ptr<WaveFile> makeFakeWaveFile(std::shared_ptr<FakeWorld> world);
 std::unique_ptr<FormatConverter> makeFakeFormatConverter(std::shared_ptr<FakeWorld> world);
+std::unique_ptr<WaveOut> makeFakeWaveOut(std::shared_ptr<FakeWorld> world);
+std::unique_ptr<RingBuffer> makeFakeRingBuffer(std::shared_ptr<FakeWorld> world);
+std::unique_ptr<Equalizer> makeFakeEqualizer(std::shared_ptr<FakeWorld> world);
+std::unique_ptr<Connector> makeFakeConnector(std::shared_ptr<FakeWorld> world);
+std::unique_ptr<Mp3Decoder> makeFakeMp3Decoder(std::shared_ptr<FakeWorld> world);
+// Every format a chooser offers: the formats of a machine whose libraries write them all.
+std::vector<WaveFormat> fakeWaveFormats();
 
 } // namespace platform::fake
