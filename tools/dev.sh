@@ -15,7 +15,7 @@ packages=(build-essential cmake ninja-build pkg-config
           libmp3lame-dev lame
           libmpg123-dev libsndfile1-dev libsoxr-dev libcdio-dev libcdio-paranoia-dev
           wodim mpg123 sox
-          portaudio19-dev libfftw3-dev
+          portaudio19-dev libasound2-dev libfftw3-dev
           libgtest-dev libbenchmark-dev
           clang libclang-rt-14-dev
           xvfb xauth x11-utils imagemagick qt6-qpa-plugins)

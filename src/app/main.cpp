@@ -2,12 +2,14 @@
 #include <QDir>
 
 #include "platform/Components.h"
+#include "platform/audio/RealPlayerComponents.h"
 #include "platform/media/RealMediaComponents.h"
 #include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
 #include "platform/system/XdgShell.h"
 #include "burn/BurnWindows.h"
+#include "convert/ConvertWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/AppContext.h"
@@ -32,6 +34,9 @@ int main(int argc, char **argv)
     // The decoding chains and the writing engine: the system's recorders, then the Image
     // Recorder, whose discs go to the user's music folder.
     platform::media::addRealMediaComponents(components, loop);
+    // The player: the sound card, else the silent sink (always the sink, recording what it plays,
+    // when BRASSWICK_SOUND_DIR names a folder).
+    platform::audio::addRealPlayerComponents(components, loop);
     components.writerEngine = [&loop] {
         return std::make_unique<platform::writer::CdWriterEngine>(loop, platform::writer::Options{});
     };
@@ -43,6 +48,7 @@ int main(int argc, char **argv)
     shell::registerShellWindows(app);
     layout::registerLayoutWindows(app);
     burn::registerBurnWindows(app);
+    convert::registerConvertWindows(app);
 
     loop.deliver([&] { shell::startProgram(app); });
     if (app.ended())

@@ -28,8 +28,8 @@ public:
     virtual ~MediaComponent() = default;
     MediaComponent *Input() const { return m_input; }
     MediaComponent *Output() const { return m_output; }
-    void setInput(MediaComponent *c) { m_input = c; }
-    void setOutput(MediaComponent *c) { m_output = c; }
+    virtual void setInput(MediaComponent *c) { m_input = c; }
+    virtual void setOutput(MediaComponent *c) { m_output = c; }
 
 private:
     MediaComponent *m_input = nullptr;

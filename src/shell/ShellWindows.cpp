@@ -2,6 +2,7 @@
 
 #include "Form1.h"
 #include "Form4.h"
+#include "Form7.h"
 #include "about.h"
 #include "bannerx.h"
 #include "frmMain.h"
@@ -15,6 +16,7 @@ void registerShellWindows(ui::AppContext &app)
     app.registerForm(frmMain::formName, [](ui::AppContext &a) { return std::make_unique<frmMain>(a); });
     app.registerForm(Form1::formName, [](ui::AppContext &a) { return std::make_unique<Form1>(a); });
     app.registerForm(Form4::formName, [](ui::AppContext &a) { return std::make_unique<Form4>(a); });
+    app.registerForm(Form7::formName, [](ui::AppContext &a) { return std::make_unique<Form7>(a); });
     app.registerForm(about::formName, [](ui::AppContext &a) { return std::make_unique<about>(a); });
 }
 

@@ -1,5 +1,6 @@
 #include "frmMain.h"
 
+#include "convert/mp3towav.h"
 #include "runtime/Conversions.h"
 #include "runtime/ResumeNext.h"
 #include "runtime/TextFile.h"
@@ -126,6 +127,8 @@ frmMain::frmMain(ui::AppContext &app)
     mnuhelponline.Click = [this] { showWindow("Form4"); };
     mnAbout.Click = [this] { showWindow("about"); };
     mnuinfo.Click = [this] { showWindow("Form1"); };
+    mnubatchconvert.Click = [this] { showWindow("batcher"); };
+    ctButton5.Click = [this] { ctButton5_Click(); };
 
     // Hover texts in the first panel of the status line.
     ctButton1.MouseMove = [this](int, int, int) { hover("Save as WinAmp Playlist"); };
@@ -510,6 +513,18 @@ void frmMain::ctButton1_Click()
     // Cancel raises no error here: it hands on the empty name, and that fails with the message.
     const auto chosen = app().runModal([&] { return app().dialogs().run(request); });
     pOutputPlayList(chosen.value_or(""));
+}
+
+void frmMain::ctButton5_Click()
+{
+    const int row = mainlist.ListIndex();
+    if (mainlist.ListCount() == 0 || mainlist.List(row).empty())
+        return;
+    auto &converter = app().form<convert::mp3towav>();
+    converter.SourcePath = filex.List(row);
+    converter.DisplayName = mainlist.List(row);
+    converter.Show();
+    converter.launch();
 }
 
 void frmMain::pOutputPlayList(const std::string &path)

@@ -185,6 +185,7 @@ private:
     void mainlist_Click();
     void mainlist_RowsChanged();
     void ctButton1_Click();
+    void ctButton5_Click();
     void toggleOff(ui::MenuItem &entry);
     void showWindow(const char *name);
     void hover(const char *text);

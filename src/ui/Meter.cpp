@@ -47,6 +47,12 @@ void Meter::setMax(int max)
     changed();
 }
 
+void Meter::setCaption(const std::string &text)
+{
+    m_caption = text;
+    changed();
+}
+
 void Meter::userSlide(int value)
 {
     if (Enabled())
@@ -61,6 +67,8 @@ std::optional<std::string> Meter::property(const std::string &name, const Args &
         return std::to_string(m_min);
     if (name == "Max")
         return std::to_string(m_max);
+    if (name == "Caption")
+        return m_caption;
     return Control::property(name, args);
 }
 
@@ -72,6 +80,8 @@ bool Meter::setProperty(const std::string &name, const Args &args, const std::st
         setMin(parseInt(value));
     else if (name == "Max")
         setMax(parseInt(value));
+    else if (name == "Caption")
+        setCaption(value);
     else
         return Control::setProperty(name, args, value);
     return true;

@@ -18,6 +18,9 @@ public:
     int Max() const { return m_max; }
     void setMin(int min);
     void setMax(int max);
+    // A gauge's text, shown over its bar ("Converting...").
+    const std::string &Caption() const { return m_caption; }
+    void setCaption(const std::string &text);
     // Vertical meters grow upwards.
     bool vertical() const { return m_vertical; }
     void setVertical(bool on) { m_vertical = on; }
@@ -36,6 +39,7 @@ private:
     int m_min = 0;
     int m_max = 100;
     bool m_vertical = false;
+    std::string m_caption;
 };
 
 } // namespace ui

@@ -1,5 +1,6 @@
 #include "ScriptedServices.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -28,6 +29,10 @@ std::optional<std::string> ScriptedDialogs::run(const FileDialogRequest &request
         return std::nullopt;
     auto result = std::move(m_results.front());
     m_results.pop_front();
+    // The format chooser offers only what the machine can write: a script can't pick past it.
+    if (result && request.kind == FileDialogRequest::Kind::WaveFormat &&
+        std::find(request.choices.begin(), request.choices.end(), *result) == request.choices.end())
+        throw std::runtime_error("the format dialog offers no \"" + *result + "\"");
     return result;
 }
 

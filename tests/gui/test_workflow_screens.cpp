@@ -21,17 +21,20 @@
 #include <QHeaderView>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStyle>
 #include <QTest>
 #include <QTreeView>
+#include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
 #include "Mp3Maker.h"
 #include "burn/BurnWindows.h"
+#include "convert/ConvertWindows.h"
 #include "burn/Mainwriter.h"
 #include "layout/Form2.h"
 #include "layout/Form5.h"
@@ -40,6 +43,7 @@
 #include "platform/fake/FakeComponents.h"
 #include "platform/media/RealMediaComponents.h"
 #include "platform/writer/CdWriterEngine.h"
+#include "shell/Form7.h"
 #include "shell/ShellWindows.h"
 #include "shell/frmMain.h"
 #include "ui/AppContext.h"
@@ -105,6 +109,7 @@ struct Program {
         shell::registerShellWindows(*app);
         layout::registerLayoutWindows(*app);
         burn::registerBurnWindows(*app);
+        convert::registerConvertWindows(*app);
     }
     ~Program()
     {
@@ -500,6 +505,55 @@ TEST(WorkflowScreens, BurnToTheImageRecorder)
     for (const auto &e : fs::directory_iterator(work.path() / "discs"))
         cues += e.path().extension() == ".cue";
     EXPECT_EQ(cues, 1);
+}
+
+TEST(WorkflowScreens, SettingsEditorWithARowSelected)
+{
+    ScratchFolder work("brasswick-gui-settings");
+    Program p(work.path());
+    p.world->registry->keys["Software\\Velmora Works\\MP3 Data"]["NumBuffers"] = "64";
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+
+    // Toolbar button 5 opens the editor; the user clicks "Num Buffers" in its tree.
+    main.ctToolBar1.userButton(5);
+    settle();
+    auto *editor = dynamic_cast<shell::Form7 *>(p.app->findLoaded("Form7"));
+    ASSERT_NE(editor, nullptr);
+    ASSERT_TRUE(p.view("Form7").topLevel()->isVisible());
+    EXPECT_EQ(p.view("Form7").topLevel()->windowTitle(), "Velmora Works - Software Settings");
+    auto *tree = p.widget<QTreeWidget>("Form7", editor->TList2);
+    ASSERT_NE(tree, nullptr);
+    ASSERT_EQ(tree->topLevelItemCount(), 1);
+    QTreeWidgetItem *audioOut = tree->topLevelItem(0)->child(0);
+    ASSERT_NE(audioOut, nullptr);
+    QTreeWidgetItem *numBuffers = audioOut->child(2);
+    ASSERT_NE(numBuffers, nullptr);
+    EXPECT_EQ(numBuffers->text(0), "Num Buffers");
+    tree->scrollToItem(numBuffers);
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualItemRect(numBuffers).center());
+    settle();
+    EXPECT_EQ(editor->selectedRow.value(), 4);
+    EXPECT_TRUE(numBuffers->isSelected());
+    auto *text = p.widget<QLineEdit>("Form7", editor->Text1);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(text->text(), "64");
+    auto *log = p.widget<QTreeView>("Form7", editor->List1);
+    ASSERT_NE(log, nullptr);
+    ASSERT_EQ(rows(log), 2);
+    EXPECT_EQ(log->model()->data(log->model()->index(1, 0)).toString(), "Data port opened!490- NumBuffers Port Open");
+    expectReadable(p, "Form7");
+    photograph(p, "Form7", "form7-settings.png");
+
+    // Typed and written back through the widgets.
+    QTest::keyClick(text, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(text, "128");
+    EXPECT_EQ(editor->Text1.Text(), "128");
+    QTest::mouseClick(p.widget<QPushButton>("Form7", editor->ctButton1), Qt::LeftButton);
+    settle(50);
+    EXPECT_EQ(p.world->registry->keys["Software\\Velmora Works\\MP3 Data"]["NumBuffers"], "128");
+    EXPECT_TRUE(p.boxes.shown().empty());
 }
 
 // Mean time of one scroll step from the top of a list to its bottom, each step painted.

@@ -1,6 +1,8 @@
 #include "Runner.h"
 
 #include <chrono>
+#include <csignal>
+#include <sys/mount.h>
 #include <fstream>
 #include <set>
 #include <thread>
@@ -8,6 +10,8 @@
 #include <sstream>
 
 #include "Mp3Maker.h"
+#include "WaveMaker.h"
+#include "platform/audio/RealPlayerComponents.h"
 #include "platform/media/RealMediaComponents.h"
 #include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
@@ -17,6 +21,7 @@
 #include "runtime/Paths.h"
 #include "runtime/Strings.h"
 #include "burn/BurnWindows.h"
+#include "convert/ConvertWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/ComboBox.h"
@@ -25,6 +30,7 @@
 #include "ui/Meter.h"
 #include "ui/TextBox.h"
 #include "ui/ToolBar.h"
+#include "ui/TreeView.h"
 
 namespace fs = std::filesystem;
 
@@ -114,6 +120,7 @@ void Runner::teardown()
     m_dialogs.reset();
     m_components.reset();
     m_world.reset();
+    releaseSmallFolders();
     if (!m_work.empty() && m_keep) {
         m_out << "kept: " << m_work.string() << "\n";
         m_work.clear();
@@ -227,9 +234,12 @@ void Runner::dispatch(const Tokens &t)
     } else if (verb == "file" || verb == "line") {
         cmdFile(t);
     } else if (verb == "folder") {
-        if (t.size() != 2)
-            fail("folder takes one path");
-        fs::create_directories(hostPath(t[1].text));
+        if (t.size() == 4 && t[2].text == "holds")
+            cmdSmallFolder(t);
+        else if (t.size() != 2)
+            fail("folder takes one path, or a path, holds and a size in bytes");
+        else
+            fs::create_directories(hostPath(t[1].text));
     } else if (verb == "registry") {
         cmdRegistry(t);
     } else if (verb == "use") {
@@ -365,10 +375,62 @@ void Runner::cmdFile(const Tokens &t)
         }
         if (!testsupport::makeMp3(path.string(), o))
             fail("the encoder refused these settings");
+    } else if (kind == "wave") {
+        if (t.size() < 5)
+            fail("file ... wave takes RATE SECONDS");
+        testsupport::WaveOptions o;
+        o.sampleRate = toInt(t[3].text);
+        o.seconds = std::stod(t[4].text);
+        for (size_t i = 5; i < t.size(); ++i) {
+            if (t[i].text == "mono")
+                o.channels = 1;
+            else if (t[i].text == "stereo")
+                o.channels = 2;
+            else if (t[i].text == "8" || t[i].text == "16" || t[i].text == "24" || t[i].text == "32")
+                o.bits = toInt(t[i].text);
+            else
+                fail("unknown wave option \"" + t[i].text + "\"");
+        }
+        if (!testsupport::makeWave(path.string(), o))
+            fail("the wave file could not be written");
     } else {
         fail("unknown file kind \"" + kind + "\"");
     }
     m_lastFile = path;
+}
+
+// A folder whose disk is full after a number of bytes: a small tmpfs mounted there where the
+// machine lets us, else a limit on the size of any file this process writes (with SIGXFSZ
+// ignored, a write past it fails as on a full disk).
+void Runner::cmdSmallFolder(const Tokens &t)
+{
+    const fs::path path = hostPath(t[1].text);
+    const long long bytes = std::stoll(t[3].text);
+    fs::create_directories(path);
+    const std::string size = "size=" + std::to_string(std::max(4096LL, bytes));
+    if (::mount("tmpfs", path.c_str(), "tmpfs", 0, size.c_str()) == 0) {
+        m_mounts.push_back(path);
+        return;
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    if (!m_savedFileLimit)
+        m_savedFileLimit = limit;
+    limit.rlim_cur = static_cast<rlim_t>(bytes);
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+        fail("neither a small tmpfs nor a file-size limit could be set here");
+}
+
+void Runner::releaseSmallFolders()
+{
+    for (const fs::path &p : m_mounts)
+        ::umount2(p.c_str(), MNT_DETACH);
+    m_mounts.clear();
+    if (m_savedFileLimit) {
+        ::setrlimit(RLIMIT_FSIZE, &*m_savedFileLimit);
+        m_savedFileLimit.reset();
+    }
 }
 
 void Runner::cmdRegistry(const Tokens &t)
@@ -392,7 +454,7 @@ void Runner::cmdUse(const Tokens &t)
     const std::string &component = t[2].text;
     if (m_app)
         fail("use must come before start");
-    static const std::set<std::string> withReal = {"settings", "sysinfo", "shell", "writer", "decoder"};
+    static const std::set<std::string> withReal = {"settings", "sysinfo", "shell", "writer", "decoder", "audio"};
     static const std::set<std::string> known = {"settings", "sysinfo", "shell", "writer", "decoder", "audio",
                                                 "reader", "imaging", "scanner", "printer", "http"};
     if (!known.count(component))
@@ -436,6 +498,10 @@ void Runner::cmdFake(const Tokens &t)
         w.decodeMs = toInt(t[3].text);
     } else if (component == "decoder" && setting == "refuse" && t.size() == 3) {
         w.triggerStartFails = true;
+    } else if (component == "decoder" && setting == "diskfull" && t.size() == 4) {
+        w.diskFullAfterBuffers = toInt(t[3].text);
+    } else if (component == "audio" && setting == "length" && t.size() == 4) {
+        w.playMs = toInt(t[3].text);
     } else if ((component == "writer" || component == "audio" || component == "decoder") && setting == "absent" && t.size() == 3) {
         (component == "writer" ? w.hasWriter : component == "audio" ? w.hasAudioChain : w.hasDecoder) = false;
     } else if (component == "shell" && setting == "result" && t.size() == 4) {
@@ -455,6 +521,12 @@ void Runner::cmdStart()
     m_components = std::make_unique<platform::Components>(platform::fake::makeFakeComponents(m_world));
     if (m_useReal["decoder"])
         platform::media::addRealMediaComponents(*m_components, *m_loop);
+    if (m_useReal["audio"]) {
+        // The player plays into its silent sink, which records what it plays in $WORK/sound.
+        platform::audio::PlayerOptions o;
+        o.soundFolder = m_work / "sound";
+        platform::audio::addRealPlayerComponents(*m_components, *m_loop, o);
+    }
     if (m_useReal["writer"]) {
         // The Image Recorder only: a scenario never burns a disc in a drive of the machine.
         platform::writer::Options o;
@@ -475,6 +547,7 @@ void Runner::cmdStart()
     shell::registerShellWindows(*m_app);
     layout::registerLayoutWindows(*m_app);
     burn::registerBurnWindows(*m_app);
+    convert::registerConvertWindows(*m_app);
     act([&] { m_loop->deliver([&] { shell::startProgram(*m_app); }); });
 }
 
@@ -649,7 +722,25 @@ void Runner::cmdPick(const Tokens &t)
             fail(c.fullName() + " has no entry \"" + t[2].text + "\"");
         return;
     }
-    fail(c.fullName() + " is not a combo");
+    if (auto *tree = dynamic_cast<ui::TreeView *>(&c)) {
+        if (!tree->Visible())
+            fail(c.fullName() + " is not visible: a user cannot pick from it");
+        if (t.size() == 4 && !t[2].quoted && t[2].text == "row") {
+            const int row = toInt(t[3].text);
+            if (row < 0 || row >= tree->ListCount())
+                fail("row " + std::to_string(row) + " is not in the tree of " + std::to_string(tree->ListCount()));
+            act([&] { tree->userSelectRow(row); });
+            return;
+        }
+        if (t.size() != 3)
+            fail("pick W.C \"ENTRY\" | pick W.C row N");
+        bool found = false;
+        act([&] { found = tree->userPick(expand(t[2].text)); });
+        if (!found)
+            fail(c.fullName() + " has no entry \"" + t[2].text + "\"");
+        return;
+    }
+    fail(c.fullName() + " is not a combo or a tree");
 }
 
 void Runner::cmdSlide(const Tokens &t)
@@ -1045,6 +1136,10 @@ void Runner::cmdDump(const Tokens &t)
         if (auto *combo = dynamic_cast<ui::ComboBox *>(c)) {
             for (int i = 0; i < combo->ListCount(); ++i)
                 m_out << "\n      [" << i << "] " << quoteFor(combo->List(i));
+        }
+        if (auto *tree = dynamic_cast<ui::TreeView *>(c)) {
+            for (int i = 0; i < tree->ListCount(); ++i)
+                m_out << "\n      [" << i << "] " << ui::levelName(tree->RowLevel(i)) << " " << quoteFor(tree->List(i));
         }
         m_out << "\n";
     }

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
+
 #include "ScriptObject.h"
 #include "Tokenizer.h"
 #include "platform/Components.h"
@@ -47,6 +49,8 @@ private:
     // Setting up the world.
     void cmdFile(const Tokens &t);
     void cmdRegistry(const Tokens &t);
+    void cmdSmallFolder(const Tokens &t);
+    void releaseSmallFolders();
     void cmdUse(const Tokens &t);
     void cmdFake(const Tokens &t);
     void cmdStart();
@@ -104,6 +108,10 @@ private:
     std::filesystem::path m_prog;
     std::filesystem::path m_lastFile;
     std::map<std::string, bool> m_useReal;
+    // Folders made small with `folder ... holds N`: the tmpfs mounts, or the file-size limit in
+    // force before one was set.
+    std::vector<std::filesystem::path> m_mounts;
+    std::optional<rlimit> m_savedFileLimit;
     std::shared_ptr<platform::fake::FakeWorld> m_world;
     std::unique_ptr<platform::Components> m_components;
     std::unique_ptr<rt::VirtualEventLoop> m_loop;

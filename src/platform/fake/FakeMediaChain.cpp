@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "FakeRecorder.h"
 #include "platform/helper/WaveFormatText.h"
@@ -34,9 +36,23 @@ private:
     std::string m_fileName;
 };
 
+// A wave file as the fake chains use it: at the end of a chain it takes nothing and can be told to
+// fail (a full disk); at the start it is a source whose data runs at CD rate for the world's
+// decode time. It reads back as "DstFile" at the end of a chain and as "SrcFile" at its start,
+// whatever the window calls it.
 class FakeWaveFile : public WaveFile, Recorder {
 public:
     explicit FakeWaveFile(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "DstFile") {}
+    void setInput(MediaComponent *c) override
+    {
+        MediaComponent::setInput(c);
+        rename(Input() == nullptr && Output() != nullptr ? "SrcFile" : "DstFile");
+    }
+    void setOutput(MediaComponent *c) override
+    {
+        MediaComponent::setOutput(c);
+        rename(Input() == nullptr && Output() != nullptr ? "SrcFile" : "DstFile");
+    }
     void setFileName(const std::string &path) override
     {
         m_fileName = path;
@@ -50,8 +66,14 @@ public:
                                        std::to_string(f->channels) + " channels"
                                  : std::string("as it comes"));
     }
-    int64_t DataPosition() override { return 0; }
-    int64_t DataSize() override { return 0; }
+    int64_t DataPosition() override { return m_position ? m_position() * bytesPerMs : 0; }
+    int64_t DataSize() override { return m_position ? int64_t{world().decodeMs} * bytesPerMs : 0; }
+
+    // CD audio: 176.4 bytes a millisecond, near enough.
+    static constexpr int64_t bytesPerMs = 176;
+    // Set by the trigger that reads this file.
+    std::function<int32_t()> m_position;
+
 
 private:
     std::string m_fileName;
@@ -60,19 +82,45 @@ private:
 class FakeFormatConverter : public FormatConverter, Recorder {
 public:
     explicit FakeFormatConverter(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "ACMConverter") {}
-    void setWaveFormat(std::optional<WaveFormat> f) override { m_format = f; }
+    void setWaveFormat(std::optional<WaveFormat> f) override
+    {
+        m_format = f;
+        record("WaveFormat", f ? waveFormatText(*f) : std::string("as it comes"));
+    }
     std::optional<WaveFormat> waveFormat() const override { return m_format; }
 
 private:
     std::optional<WaveFormat> m_format;
 };
 
-// A trigger on the loop's time: started at once, stopped when the decode time has passed, closed
-// when asked. A source that isn't on disk refuses the start, as a real chain would.
+// Follows a chain through its converters, the way the real trigger finds its ends.
+MediaComponent *chainEnd(MediaComponent *c, bool upstream)
+{
+    for (int depth = 0; c && dynamic_cast<FakeFormatConverter *>(c) && depth < 8; ++depth)
+        c = upstream ? c->Input() : c->Output();
+    return c;
+}
+
+bool isWaveFile(const fs::path &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    char head[12] = {};
+    in.read(head, sizeof head);
+    return in.gcount() == sizeof head && std::string(head, 4) == "RIFF" && std::string(head + 8, 4) == "WAVE";
+}
+
+// A trigger on the loop's time: started at once, a buffer done every 100 ms, stopped when the
+// decode time has passed, closed when asked. A source that isn't on disk (or, for a wave
+// source, is no wave file) refuses the start, as a real chain would; so does a sink whose folder
+// is missing. The flowing bit stays until the stop is delivered, as with the real trigger.
 class FakeTrigger : public Trigger, Recorder {
 public:
     explicit FakeTrigger(std::shared_ptr<FakeWorld> w) : Recorder(std::move(w), "Trigger") {}
-    ~FakeTrigger() override { stopTimer(); }
+    ~FakeTrigger() override
+    {
+        stopTimer();
+        detachSource();
+    }
 
     void setBufferSize(int bytes) override { record("BufferSize", bytes); }
     void setInterval(int ms) override { record("Interval", ms); }
@@ -83,46 +131,54 @@ public:
         rt::EventLoop *loop = world().loop;
         if (world().triggerStartFails || !loop)
             rt::raise(75);
-        auto *source = dynamic_cast<FakeAudioFile *>(Input());
-        if (source) {
-            std::error_code ec;
-            if (!fs::is_regular_file(rt::nativePath(source->FileName()), ec))
-                rt::raise(rt::ErrFileNotFound);
-        }
-        if (auto *sink = dynamic_cast<FakeWaveFile *>(Output())) {
-            std::error_code ec;
-            if (!fs::is_directory(rt::nativePath(sink->FileName()).parent_path(), ec))
-                rt::raise(75);
-        }
+        if (m_state & StateFlowing)
+            return;
+        MediaComponent *source = chainEnd(Input(), true);
+        auto *audioSource = dynamic_cast<FakeAudioFile *>(source);
+        auto *waveSource = dynamic_cast<FakeWaveFile *>(source);
+        std::error_code ec;
+        if (audioSource && !fs::is_regular_file(rt::nativePath(audioSource->FileName()), ec))
+            rt::raise(rt::ErrFileNotFound);
+        if (waveSource && !isWaveFile(rt::nativePath(waveSource->FileName())))
+            rt::raise(rt::ErrFileNotFound);
+        m_sink = dynamic_cast<FakeWaveFile *>(chainEnd(Output(), false));
+        if (m_sink && !fs::is_directory(rt::nativePath(m_sink->FileName()).parent_path(), ec))
+            rt::raise(75);
         m_state = StateOpen | StateFlowing;
         m_startedAt = loop->now();
-        if (source) {
-            source->m_position = [this, loop]() -> int32_t {
-                const int64_t elapsed = (m_state & StateFlowing) ? loop->now() - m_startedAt : m_stoppedAfter;
-                return static_cast<int32_t>(std::min<int64_t>(elapsed, world().decodeMs));
-            };
-            m_source = source;
+        auto position = [this, loop]() -> int32_t {
+            const int64_t elapsed = m_flowing ? loop->now() - m_startedAt : m_stoppedAfter;
+            return static_cast<int32_t>(std::min<int64_t>(elapsed, world().decodeMs));
+        };
+        m_flowing = true;
+        if (audioSource) {
+            audioSource->m_position = position;
+            m_audioSource = audioSource;
+        }
+        if (waveSource) {
+            waveSource->m_position = position;
+            m_waveSource = waveSource;
         }
         post([this] {
             if (OnStarted)
                 OnStarted();
         });
-        m_timer = loop->startTimer(std::max(1, world().decodeMs), [this] { stopFlow(); });
+        m_timer = loop->startTimer(bufferMs, [this] { tick(); });
+        m_endTimer = loop->startTimer(std::max(1, world().decodeMs), [this] { endFlow(); });
     }
     void Stop() override
     {
         call("Stop");
-        if (m_state & StateFlowing)
-            stopFlow();
+        if (m_flowing)
+            endFlow();
     }
     void Close() override
     {
         call("Close");
-        stopTimer();
+        if (m_flowing)
+            endFlow();
         m_state = 0;
-        if (m_source)
-            m_source->m_position = nullptr;
-        m_source = nullptr;
+        detachSource();
         post([this] {
             if (OnClosed)
                 OnClosed();
@@ -131,6 +187,26 @@ public:
     int State() override { return m_state; }
 
 private:
+    static constexpr int bufferMs = 100;
+
+    void tick()
+    {
+        FakeWorld &w = world();
+        ++w.buffersWritten;
+        if (m_sink && w.diskFullAfterBuffers > 0 && w.buffersWritten >= w.diskFullAfterBuffers) {
+            FakeWaveFile *sink = m_sink;
+            post([sink] {
+                if (sink->OnWriteFailed)
+                    sink->OnWriteFailed();
+            });
+            endFlow();
+            return;
+        }
+        post([this] {
+            if (OnBufferDone)
+                OnBufferDone();
+        });
+    }
     void post(std::function<void()> event)
     {
         if (world().loop)
@@ -138,27 +214,47 @@ private:
     }
     void stopTimer()
     {
-        if (m_timer && world().loop)
-            world().loop->stopTimer(m_timer);
+        if (world().loop) {
+            if (m_timer)
+                world().loop->stopTimer(m_timer);
+            if (m_endTimer)
+                world().loop->stopTimer(m_endTimer);
+        }
         m_timer = 0;
+        m_endTimer = 0;
     }
-    void stopFlow()
+    void detachSource()
+    {
+        if (m_audioSource)
+            m_audioSource->m_position = nullptr;
+        if (m_waveSource)
+            m_waveSource->m_position = nullptr;
+        m_audioSource = nullptr;
+        m_waveSource = nullptr;
+        m_sink = nullptr;
+    }
+    void endFlow()
     {
         stopTimer();
-        m_stoppedAfter = world().loop ? world().loop->now() - m_startedAt : 0;
-        m_state = StateOpen;
+        m_flowing = false;
+        m_stoppedAfter = world().loop ? std::min<int64_t>(world().loop->now() - m_startedAt, world().decodeMs) : 0;
         post([this] {
+            m_state &= ~StateFlowing;
             if (OnStopped)
                 OnStopped();
         });
     }
 
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
-    FakeAudioFile *m_source = nullptr;
+    FakeAudioFile *m_audioSource = nullptr;
+    FakeWaveFile *m_waveSource = nullptr;
+    FakeWaveFile *m_sink = nullptr;
     int m_state = 0;
+    bool m_flowing = false;
     int64_t m_startedAt = 0;
     int64_t m_stoppedAfter = 0;
     int m_timer = 0;
+    int m_endTimer = 0;
 };
 
 } // namespace

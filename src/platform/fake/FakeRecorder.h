@@ -27,6 +27,8 @@ protected:
     void record(const std::string &property, int value) { record(property, std::to_string(value)); }
     void call(const std::string &what) { m_world->calls.push_back(m_component + "." + what); }
     FakeWorld &world() { return *m_world; }
+    // A component whose role shows only in its wiring names itself once wired.
+    void rename(std::string component) { m_component = std::move(component); }
     const std::shared_ptr<FakeWorld> &worldPtr() const { return m_world; }
 
 private:

@@ -379,6 +379,18 @@ ReadResult Mp3FileSource::read(std::byte *buffer, size_t bytes)
     return r;
 }
 
+bool Mp3FileSource::seekTo(int64_t sample)
+{
+    if (!m_decoder || m_noAudio || sample < 0)
+        return false;
+    // Sample-exact: libmpg123 decodes up to the place from the frame before it.
+    const off_t at = mpg123_seek(m_decoder->h, static_cast<off_t>(sample), SEEK_SET);
+    if (at < 0)
+        return false;
+    m_doneSamples = static_cast<int64_t>(at);
+    return true;
+}
+
 void Mp3FileSource::closeSource()
 {
     m_decoder.reset();

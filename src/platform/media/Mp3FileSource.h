@@ -27,6 +27,12 @@ public:
     ReadResult read(std::byte *buffer, size_t bytes) override;
     void closeSource() override;
 
+    // False when the opened file holds no MPEG audio (reading ends at once).
+    bool holdsAudio() const { return m_decoder && !m_noAudio; }
+    // Moves the opened stream to a sample (per channel) of the gapless sound; false when it
+    // can't. The player's seek; runs on the thread that reads.
+    bool seekTo(int64_t sample);
+
 private:
     struct Decoder;
     struct Probe {

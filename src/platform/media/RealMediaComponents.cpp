@@ -4,6 +4,7 @@
 #include "Mp3FileSource.h"
 #include "TriggerComponent.h"
 #include "WaveFileComponent.h"
+#include "WritableWaveFormats.h"
 
 namespace platform::media {
 
@@ -15,6 +16,7 @@ void addRealMediaComponents(platform::Components &c, rt::EventLoop &loop)
     c.formatConverter = [] {
         return std::unique_ptr<FormatConverter>(std::make_unique<FormatConverterComponent>());
     };
+    c.writableWaveFormats = [] { return writableWaveFormats(); };
 }
 
 } // namespace platform::media

@@ -93,6 +93,7 @@ void TriggerComponent::Start()
 
     joinWorker();
     m_stopRequested = false;
+    ++m_flowId;
     m_state = StateOpen | StateFlowing;
     m_loop.beginWork(WorkName);
     m_loop.postEvent(m_alive, [this] {
@@ -119,6 +120,7 @@ void TriggerComponent::postBufferDone()
 
 void TriggerComponent::run(size_t bufferBytes)
 {
+    bool sinkRefused = false;
     try {
         std::vector<std::byte> buffer(bufferBytes);
         int idle = 0;
@@ -127,8 +129,10 @@ void TriggerComponent::run(size_t bufferBytes)
             if (r.bytes > 0) {
                 idle = 0;
                 // A sink that can't take it has reported why; the flow just stops.
-                if (!m_sink->write(buffer.data(), r.bytes))
+                if (!m_sink->write(buffer.data(), r.bytes)) {
+                    sinkRefused = true;
                     break;
+                }
                 postBufferDone();
             }
             if (r.error) {
@@ -153,14 +157,23 @@ void TriggerComponent::run(size_t bufferBytes)
             fireEvent(OnError, 0, std::string("The sound could not be read"));
         });
     }
-    flowEnded();
+    flowEnded(sinkRefused);
 }
 
-void TriggerComponent::flowEnded()
+void TriggerComponent::flowEnded(bool sinkRefused)
 {
     // Open but still: the stop is the last event of the flow's work.
-    m_state = StateOpen;
-    m_loop.postEvent(m_alive, [this] { fireEvent(OnStopped); }, WorkName);
+    if (!sinkRefused)
+        m_state = StateOpen;
+    const unsigned flow = m_flowId;
+    m_loop.postEvent(
+        m_alive,
+        [this, sinkRefused, flow] {
+            if (sinkRefused && flow == m_flowId)
+                m_state &= ~StateFlowing;
+            fireEvent(OnStopped);
+        },
+        WorkName);
 }
 
 void TriggerComponent::joinWorker()
@@ -174,6 +187,8 @@ void TriggerComponent::joinWorker()
 void TriggerComponent::Stop()
 {
     joinWorker();
+    // Nothing flows once the worker is gone, whatever bit a refused flow left for its stop.
+    m_state &= ~StateFlowing;
 }
 
 void TriggerComponent::closeChain()

@@ -29,7 +29,9 @@ public:
     static constexpr const char *WorkName = "decoder";
 
 private:
-    void flowEnded();
+    // A flow the sink refused keeps its flowing bit until its stop is delivered, so the sink's
+    // failed-write event, posted before the stop, is seen while the chain still flows.
+    void flowEnded(bool sinkRefused = false);
     void nodeGoing(ChainNode *node) override;
     // The worker; the buffer size is taken at the start, later changes count from the next.
     void run(size_t bufferBytes);
@@ -47,6 +49,8 @@ private:
     std::atomic<int> m_state{0};
     std::atomic<bool> m_stopRequested{false};
     std::atomic<bool> m_bufferEventPending{false};
+    // Counts the flows, so a late stop doesn't touch the bits of a flow begun after it.
+    std::atomic<unsigned> m_flowId{0};
     std::thread m_worker;
     PcmSource *m_source = nullptr;
     PcmSink *m_sink = nullptr;

@@ -83,7 +83,11 @@ StreamInfo WaveFileComponent::openSource()
     SNDFILE *f = sf_open(file.c_str(), SFM_READ, &info);
     if (!f)
         rt::raise(rt::ErrFileNotFound);
-    if (info.channels < 1 || info.channels > 32 || info.samplerate < 1 || info.samplerate > 1000000) {
+    // libsndfile also opens AIFF, FLAC, even MP3, whatever the name says; a wave file is asked for.
+    const int container = info.format & SF_FORMAT_TYPEMASK;
+    const bool wave = container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX || container == SF_FORMAT_RF64 ||
+                      container == SF_FORMAT_W64;
+    if (!wave || info.channels < 1 || info.channels > 32 || info.samplerate < 1 || info.samplerate > 1000000) {
         sf_close(f);
         rt::raise(rt::ErrFileNotFound);
     }

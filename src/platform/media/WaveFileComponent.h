@@ -18,7 +18,7 @@ namespace platform::media {
 
 // A wave file through libsndfile. As a sink it creates the file and writes what arrives (or
 // the target format), with the track's title and artist in its INFO list; as a source it reads
-// anything libsndfile reads and gives 16-bit PCM.
+// a wave file (RIFF, RF64 or Wave64) in any encoding libsndfile knows and gives 16-bit PCM.
 class WaveFileComponent final : public WaveFile, public PcmSource, public PcmSink {
 public:
     explicit WaveFileComponent(rt::EventLoop &loop);

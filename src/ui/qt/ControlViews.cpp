@@ -19,7 +19,10 @@
 #include <QToolBar>
 
 #include "ControlView.h"
+#include "LevelMeterView.h"
 #include "ListBoxView.h"
+#include "SpectrumBarsView.h"
+#include "TreeWidgetView.h"
 #include "QtSupport.h"
 #include "WindowView.h"
 #include "ui/AppContext.h"
@@ -28,14 +31,17 @@
 #include "ui/ComboBox.h"
 #include "ui/HyperLink.h"
 #include "ui/Label.h"
+#include "ui/LevelMeter.h"
 #include "ui/ListBox.h"
 #include "ui/MenuItem.h"
 #include "ui/Meter.h"
 #include "ui/PictureBox.h"
+#include "ui/SpectrumView.h"
 #include "ui/StatusBar.h"
 #include "ui/TextBox.h"
 #include "ui/Timer.h"
 #include "ui/ToolBar.h"
+#include "ui/TreeView.h"
 
 namespace uiqt {
 
@@ -323,6 +329,8 @@ protected:
         } else {
             if (m_bar->orientation() != orientation)
                 m_bar->setOrientation(orientation);
+            m_bar->setTextVisible(!m.Caption().empty());
+            m_bar->setFormat(QString::fromStdString(m.Caption()));
             // An empty range would make Qt's bar a busy indicator.
             const int max = m.Max() > m.Min() ? m.Max() : m.Min() + 1;
             if (m_bar->minimum() != m.Min() || m_bar->maximum() != max)
@@ -569,6 +577,12 @@ std::unique_ptr<ControlView> makeControlView(Control &control, WindowView &windo
         return std::make_unique<ToolBarView>(*c, window);
     if (auto *c = dynamic_cast<PictureBox *>(&control))
         return std::make_unique<PictureBoxView>(*c, window);
+    if (auto *c = dynamic_cast<TreeView *>(&control))
+        return std::make_unique<TreeWidgetView>(*c, window);
+    if (auto *c = dynamic_cast<LevelMeter *>(&control))
+        return std::make_unique<LevelMeterView>(*c, window);
+    if (auto *c = dynamic_cast<SpectrumView *>(&control))
+        return std::make_unique<SpectrumBarsView>(*c, window);
     return nullptr;
 }
 

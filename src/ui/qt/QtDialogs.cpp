@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "QtSupport.h"
+#include "QtWaveFormatDialog.h"
 
 namespace uiqt {
 
@@ -46,6 +47,8 @@ QString qtNameFilters(const std::string &filter)
 
 std::optional<std::string> QtDialogs::run(const FileDialogRequest &request)
 {
+    if (request.kind == FileDialogRequest::Kind::WaveFormat)
+        return QtWaveFormatDialog::choose(request);
     QFileDialog dialog(nullptr, qs(request.title));
     QString start = folderOf(request.initialFolder);
     if (request.kind == FileDialogRequest::Kind::Folder) {

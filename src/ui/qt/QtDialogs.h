@@ -6,7 +6,7 @@
 
 namespace uiqt {
 
-// Open, save and folder pickers on QFileDialog.
+// Open, save and folder pickers on QFileDialog; the wave format chooser on QtWaveFormatDialog.
 class QtDialogs : public ui::DialogService {
 public:
     std::optional<std::string> run(const ui::FileDialogRequest &request) override;
