@@ -10,6 +10,7 @@
 #include "platform/system/XdgShell.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "playback/PlaybackWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/AppContext.h"
@@ -49,6 +50,7 @@ int main(int argc, char **argv)
     layout::registerLayoutWindows(app);
     burn::registerBurnWindows(app);
     convert::registerConvertWindows(app);
+    playback::registerPlaybackWindows(app);
 
     loop.deliver([&] { shell::startProgram(app); });
     if (app.ended())

@@ -85,7 +85,10 @@ void frmMain::startBurn()
     if (stop)
         return;
 
-    step([&] { app().formByName("Form6").callRoutine("frmmainvis", {"0"}); });
+    step([&] {
+        rt::Integer hide = 0;
+        frmmainvis(hide);
+    });
     step([&] { Hide(); });
     step.IfElse([&] { return closeSession != 0; },
                 [&] { step([&] { writerWindow(app()).closeAtEnd = -1; }); },

@@ -1,6 +1,7 @@
 #include "frmMain.h"
 
 #include "convert/mp3towav.h"
+#include "services/shutdown.h"
 #include "runtime/Conversions.h"
 #include "runtime/ResumeNext.h"
 #include "runtime/TextFile.h"
@@ -76,6 +77,12 @@ frmMain::frmMain(ui::AppContext &app)
     , ctButton14(*this, "ctButton14")
     , Slider1(*this, "Slider1", ui::Meter::Style::Slider)
     , Label6(*this, "Label6")
+    , Spectrumx1(*this, "Spectrumx1")
+    , Command02(*this, "Command02")
+    , Command1876(*this, "Command1876")
+    , playformat(*this, "playformat")
+    , playtime(*this, "playtime")
+    , playfile(*this, "playfile")
     , ctButton13(*this, "ctButton13")
     , Label3(*this, "Label3")
     , lblMemory(*this, "lblMemory")
@@ -123,7 +130,7 @@ frmMain::frmMain(ui::AppContext &app)
     ctButton1.Click = [this] { ctButton1_Click(); };
     mnuscan.Click = [this] { toggleOff(mnuscan); };
     mnSkin2.Click = [this] { toggleOff(mnSkin2); };
-    mnuexit.Click = [this] { Unload(); };
+    mnuexit.Click = [this] { Shutoff(); };
     mnuhelponline.Click = [this] { showWindow("Form4"); };
     mnAbout.Click = [this] { showWindow("about"); };
     mnuinfo.Click = [this] { showWindow("Form1"); };
@@ -216,6 +223,22 @@ void frmMain::layOut()
     Label6.setCaption("X1 -^0:00.000");
     Label6.setGeometry(7020, 5880, 1800, 300);
     Slider1.setGeometry(3600, 6330, 5220, 360);
+    // The position slider's design range, in the player's unit (milliseconds): ten minutes.
+    Slider1.setMax(600000);
+    Spectrumx1.setGeometry(3600, 6780, 5220, 1440);
+    Spectrumx1.setDecay(7);
+    Spectrumx1.setFrequencyScale(4);
+    Spectrumx1.setPeakDelay(7);
+    Spectrumx1.setPeakSpeed(7);
+    Spectrumx1.setSpace(4);
+    Spectrumx1.setPoint1(70);
+    Spectrumx1.setPoint2(80);
+    Command02.setCaption("EQ");
+    Command02.setGeometry(8940, 6780, 840, 360);
+    Command1876.setCaption("Save");
+    Command1876.setGeometry(9840, 6780, 840, 360);
+    for (ui::ListBox *l : {&playformat, &playtime, &playfile})
+        l->setVisible(false);
 
     ctButton13.setCaption("Flash Burn>>");
     ctButton13.setGeometry(8940, 5820, 1740, 870);
@@ -243,6 +266,8 @@ void frmMain::applyComponentDesign()
     step([&] { MMWaveOutX1->setCallBackMode(cmThread); });
     step([&] { MMWaveOutX1->setNumBuffers(100); });
     step([&] { MMConnectorX1->setEnterIdle(false); });
+    step([&] { MMConnectorX1->setSpectrum(&Spectrumx1); });
+    step([&] { wirePlayer(); });
 }
 
 void frmMain::Form_Load()
@@ -260,9 +285,12 @@ void frmMain::Form_Load()
                     step([&] { eqFirstOpen = "warn"; });
                 },
                 [&] {
-                    // The listening room is set up at once, beside the main window; without
-                    // the room this is one more passed-over step.
-                    step([&] { app().formByName("Form6"); });
+                    // The listening room is set up at once, beside the main window.
+                    step([&] { app().listeningRoomLeft = 1000; });
+                    step([&] { app().listeningRoomTop = 2000; });
+                    step.IfElse([&] { return app().listeningRoomShown != 0; },
+                                [&] { step([&] { app().formByName("Form6").callRoutine("UnloadToolbar", {}); }); },
+                                [&] { step([&] { app().formByName("Form6").callRoutine("LoadToolbar", {formName}); }); });
                 });
 
     step([&] { ctCombo2.setText("Performance()"); });
@@ -287,8 +315,8 @@ void frmMain::Form_Load()
     // The room's band sliders show the gains; band 15 doesn't exist, and that round fails.
     for (int i = 0; i <= 15; ++i) {
         step([&] {
-            ui::Control &slider = controlOf(app().formByName("Form6"), "GSlider8", i);
-            slider.setProperty("Value", {}, rt::numberText(eq->BandGain(i)));
+            auto &slider = dynamic_cast<ui::Meter &>(controlOf(app().formByName("Form6"), "GSlider8", i));
+            slider.setValue(rt::CInt(eq->BandGain(i)).value());
         });
     }
     // The level meters receive what the player plays, whether or not the room is shown.
@@ -354,12 +382,14 @@ void frmMain::applyStoredSettings()
     // The key stays open: nothing closes it after these reads.
 }
 
+frmMain::~frmMain() = default;
+
 void frmMain::Form_Unload()
 {
-    // Closing the main window ends the program: every other window goes with it.
-    for (ui::Window *w : app().windows()) {
-        if (w != this)
-            w->Unload();
+    // Closing the main window ends the program in order; a failure ends that quietly.
+    try {
+        Shutoff();
+    } catch (const rt::RuntimeError &) {
     }
 }
 
@@ -401,7 +431,7 @@ void frmMain::ctToolBar1_ButtonClick(int index)
         step([&] { app().formByName("connect").Show(); });
         break;
     case 13:
-        step([&] { app().formByName("Form6").Show(); });
+        step([&] { openListeningRoom(); });
         break;
     default:
         break;
@@ -567,6 +597,9 @@ std::optional<std::string> frmMain::member(const std::string &name) const
 {
     auto integer = [](rt::Integer v) { return std::to_string(v.value()); };
     if (name == "isPlaying") return integer(isPlaying);
+    if (name == "listeningRoomShown") return integer(app().listeningRoomShown);
+    if (name == "listeningRoomLeft") return integer(app().listeningRoomLeft);
+    if (name == "listeningRoomTop") return integer(app().listeningRoomTop);
     if (name == "eqIniPath") return eqIniPath;
     if (name == "eqFirstOpen") return eqFirstOpen;
     if (name == "eqState") return eqState;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 
 #include "platform/Components.h"
@@ -15,9 +16,15 @@
 #include "ui/PictureBox.h"
 #include "ui/StatusBar.h"
 #include "ui/TextBox.h"
+#include "ui/SpectrumView.h"
 #include "ui/Timer.h"
+#include "platform/helper/MMHelper.h"
 #include "ui/ToolBar.h"
 #include "ui/Window.h"
+
+namespace services {
+class shutdown;
+}
 
 namespace shell {
 
@@ -28,6 +35,7 @@ public:
     static constexpr const char *formName = "frmMain";
     static constexpr const char *settingsKey = "Software\\Velmora Works\\MP3 Data";
     explicit frmMain(ui::AppContext &app);
+    ~frmMain() override;
 
     void Form_Load() override;
     void Form_Unload() override;
@@ -49,6 +57,15 @@ public:
     void results2(rt::Integer &flag);
     void fuckoff();
     void triggerhappy(std::string &text);
+
+    // The player and the listening room (their steps live with the playback code).
+    void frmmainvis(rt::Integer &flag);
+    void frmmainheight(rt::Integer &height);
+    void saveeq();
+    // Toolbar 13: the first opening stores that the room opens at every start; then it shows.
+    void openListeningRoom();
+    // Ends the program in order: the player stops, every window goes.
+    void Shutoff();
 
     std::optional<std::string> member(const std::string &name) const override;
     std::optional<std::string> callRoutine(const std::string &name, const std::vector<std::string> &args) override;
@@ -130,6 +147,14 @@ public:
     ui::Button ctButton14;
     ui::Meter Slider1;
     ui::Label Label6;
+    ui::SpectrumView Spectrumx1;
+    // Opens the equaliser editor; saves the equaliser.
+    ui::Button Command02;
+    ui::Button Command1876;
+    // Lists of the design that no code fills or reads.
+    ui::ListBox playformat;
+    ui::ListBox playtime;
+    ui::ListBox playfile;
 
     ui::Button ctButton13;
     // The time left on the handed-over layout.
@@ -156,6 +181,8 @@ public:
     platform::Component<platform::Equalizer> eq;
     platform::Component<platform::Connector> MMConnectorX1;
     platform::Component<platform::Mp3Decoder> giveamp3;
+    // The time formatter of the player.
+    platform::MMHelper Helper;
 
 private:
     void layOut();
@@ -189,6 +216,18 @@ private:
     void toggleOff(ui::MenuItem &entry);
     void showWindow(const char *name);
     void hover(const char *text);
+    // The player.
+    void wirePlayer();
+    void ctButton12_Click();
+    void ctButton11_Click();
+    void MMWaveOutX1_OnPlayStart();
+    void MMWaveOutX1_OnPlayStop();
+    void slider1timer_Timer();
+    void MMHiTimerX1_Timer();
+    void Slider1_ThumbTaken();
+    void Slider1_ThumbReleased();
+
+    std::unique_ptr<services::shutdown> m_shutdown;
 };
 
 } // namespace shell

@@ -92,6 +92,9 @@ public:
 
     // Flag shared by the windows: -1 while the listening room is to be shown beside the main window.
     rt::Integer listeningRoomShown = rt::False;
+    // Where the listening room stands, kept in memory only while the program runs.
+    rt::Integer listeningRoomLeft = 0;
+    rt::Integer listeningRoomTop = 0;
 
 private:
     Window &create(const std::string &name, const std::function<std::unique_ptr<Window>()> &make);

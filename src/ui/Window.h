@@ -81,6 +81,10 @@ public:
     // Window-level events.
     std::function<void(int button, int x, int y)> MouseMove;
 
+    // Lets the user move the window with the mouse held down, as a drag on its title bar would;
+    // set by the view, empty where there is no screen.
+    std::function<void()> beginSystemMove;
+
     // Properties by name for scenarios ("Caption", "Visible", "Topmost", ...).
     std::optional<std::string> property(const std::string &name) const;
     // Members of the window (fields and flags) by name, as text; nullopt for none.

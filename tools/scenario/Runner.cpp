@@ -22,6 +22,7 @@
 #include "runtime/Strings.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "playback/PlaybackWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
 #include "ui/ComboBox.h"
@@ -548,6 +549,7 @@ void Runner::cmdStart()
     layout::registerLayoutWindows(*m_app);
     burn::registerBurnWindows(*m_app);
     convert::registerConvertWindows(*m_app);
+    playback::registerPlaybackWindows(*m_app);
     act([&] { m_loop->deliver([&] { shell::startProgram(*m_app); }); });
 }
 

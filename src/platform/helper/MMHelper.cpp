@@ -1,5 +1,8 @@
 #include "MMHelper.h"
 
+#include <algorithm>
+#include <cstdio>
+
 #include <filesystem>
 
 #include "runtime/Paths.h"
@@ -39,6 +42,19 @@ void MMHelper::DeleteTarget(const std::string &path) const
     const std::filesystem::path target = rt::nativePath(path);
     if (std::filesystem::is_regular_file(target, ec) || std::filesystem::is_symlink(target, ec))
         std::filesystem::remove(target, ec);
+}
+
+std::string MMHelper::FormatPosition(int64_t positionMs, int formatHandle, bool withMs) const
+{
+    (void)formatHandle;
+    const int64_t ms = std::max<int64_t>(0, positionMs);
+    char text[40];
+    if (withMs)
+        std::snprintf(text, sizeof text, "%lld:%02lld.%03lld", static_cast<long long>(ms / 60000), static_cast<long long>(ms / 1000 % 60),
+                      static_cast<long long>(ms % 1000));
+    else
+        std::snprintf(text, sizeof text, "%lld:%02lld", static_cast<long long>(ms / 60000), static_cast<long long>(ms / 1000 % 60));
+    return text;
 }
 
 } // namespace platform

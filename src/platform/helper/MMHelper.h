@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace platform {
@@ -17,6 +18,11 @@ public:
     // Clears the way for a new file of that name: an existing file is removed. A file that
     // can't be removed, or a name that is a folder, is left as it is.
     void DeleteTarget(const std::string &path) const;
+    // A player position in milliseconds as minutes, seconds and milliseconds: "0:00.000",
+    // "12:34.567". The format handle is the output's; positions are kept in milliseconds
+    // whatever the format, so it only has to be open. With `withMs` false the ".mmm" is left
+    // off. A negative position shows as "0:00.000".
+    std::string FormatPosition(int64_t positionMs, int formatHandle, bool withMs) const;
 };
 
 } // namespace platform

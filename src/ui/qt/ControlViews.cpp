@@ -302,6 +302,20 @@ public:
                 static_cast<Meter *>(m_control)->userSlide(value);
                 sync();
             });
+            // Taking and letting go of the thumb are the slider's mouse down and up; the value it
+            // was let go at is in place before the up.
+            QObject::connect(m_slider, &QSlider::sliderPressed, this, [this] {
+                if (m_control)
+                    m_control->userMouse("down", LeftButton, 0, 0);
+            });
+            QObject::connect(m_slider, &QSlider::sliderReleased, this, [this] {
+                if (!m_control)
+                    return;
+                static_cast<Meter *>(m_control)->userSlide(m_slider->sliderPosition());
+                if (m_control)
+                    m_control->userMouse("up", LeftButton, 0, 0);
+                sync();
+            });
         } else {
             m_bar = new QProgressBar(window.canvas());
             m_bar->setTextVisible(false);

@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
@@ -65,6 +66,10 @@ WindowView::WindowView(Window &window, QtFrontEnd &frontEnd)
         buildMenu(*item, nullptr);
 
     m_observer = window.observe([this] { apply(); });
+    window.beginSystemMove = [top = QPointer<QWidget>(m_top)] {
+        if (top && top->windowHandle())
+            top->windowHandle()->startSystemMove();
+    };
     apply();
     // The load step runs right after the window is made; the widgets follow it.
     QTimer::singleShot(0, this, [this] { ensureBuilt(); });
@@ -87,6 +92,7 @@ void WindowView::detach()
         entry.item->unobserve(entry.observer);
     m_menus.clear();
     m_window->unobserve(m_observer);
+    m_window->beginSystemMove = nullptr;
     m_window = nullptr;
     if (m_top)
         m_top->hide();

@@ -1,0 +1,159 @@
+#include "Form6.h"
+
+#include "runtime/Conversions.h"
+#include "shell/frmMain.h"
+#include "ui/AppContext.h"
+
+namespace playback {
+
+Form6::Form6(ui::AppContext &app)
+    : Window(app, formName)
+    , LevelScale(*this, "LevelScale")
+    , Label1(*this, "Label1")
+    , Overflow1(*this, "Overflow1")
+    , tt(*this, "tt")
+    , tt2(*this, "tt2")
+    , Gauge(*this, "Gauge")
+    , ctButton1(*this, "ctButton1")
+    , ctButton2(*this, "ctButton2")
+    , ctButton3(*this, "ctButton3")
+    , ctButton4(*this, "ctButton4")
+    , Picture1(*this, "Picture1")
+    , Picture3(*this, "Picture3")
+{
+    for (int i = 0; i < 16; ++i) {
+        GSlider8[i] = std::make_unique<ui::Meter>(*this, "GSlider8", ui::Meter::Style::Slider, i);
+        GSlider8[i]->Change = [this, i] { GSlider8_Change(i); };
+    }
+    for (int i = 0; i < 2; ++i) {
+        Level[i] = std::make_unique<ui::LevelMeter>(*this, "Level", i);
+        Label2[i] = std::make_unique<ui::Label>(*this, "Label2", i);
+        Label4[i] = std::make_unique<ui::Label>(*this, "Label4", i);
+    }
+    setCaption("Listning Room");
+    layOut();
+
+    auto mainWindow = [this]() -> shell::frmMain & { return this->app().form<shell::frmMain>(); };
+    ctButton1.Click = [this, mainWindow] {
+        rt::Integer height = rt::CInt(Height());
+        mainWindow().frmmainheight(height);
+    };
+    ctButton2.Click = [mainWindow] { mainWindow().StatusBar1.setPanel(1, "Watch Audio"); };
+    ctButton3.Click = [mainWindow] { mainWindow().saveeq(); };
+    ctButton3.MouseMove = [mainWindow](int, int, int) { mainWindow().StatusBar1.setPanel(1, "Save EQ Data"); };
+    ctButton4.Click = [this, mainWindow] {
+        this->app().listeningRoomShown = 0;
+        rt::Integer hide = 0;
+        mainWindow().frmmainvis(hide);
+    };
+    ctButton4.MouseMove = [mainWindow](int, int, int) { mainWindow().StatusBar1.setPanel(1, "Close EQ"); };
+    Picture1.MouseDown = [this](int, int, int) { dragWindow(); };
+    Picture3.MouseDown = [this](int, int, int) { dragWindow(); };
+}
+
+void Form6::layOut()
+{
+    setGeometry(0, 0, 7440, designHeight);
+    Picture1.setGeometry(0, 0, 7440, 240);
+    for (int i = 0; i < 16; ++i) {
+        ui::Meter &s = *GSlider8[i];
+        s.setVertical(true);
+        s.setMin(sliderMin);
+        s.setMax(sliderMax);
+        s.setGeometry(120 + i * 285, 300, 255, 1140);
+        s.setToolTipText(i < 15 ? "Band " + std::to_string(i + 1) : std::string());
+    }
+    Picture3.setGeometry(4740, 300, 2580, 1140);
+    Label4[0]->setCaption("Time");
+    Label4[0]->setGeometry(4800, 330, 900, 240);
+    Label1.setCaption("X1 -^0:00.000");
+    Label1.setGeometry(4800, 570, 2460, 300);
+    Label4[1]->setCaption("Track");
+    Label4[1]->setGeometry(4800, 900, 900, 240);
+    tt.setCaption("00");
+    tt.setGeometry(5700, 900, 450, 240);
+    tt2.setCaption("00");
+    tt2.setGeometry(6150, 900, 450, 240);
+    Gauge.setVertical(true);
+    Gauge.setValue(50);
+    Gauge.setGeometry(7020, 330, 200, 1080);
+
+    Label2[0]->setCaption("R");
+    Label2[1]->setCaption("L");
+    Label2[1]->setGeometry(120, 1500, 180, 240);
+    Level[0]->setGeometry(360, 1500, 5400, 150);
+    Label2[0]->setGeometry(120, 1740, 180, 240);
+    Level[1]->setGeometry(360, 1740, 5400, 150);
+    for (auto &meter : Level) {
+        meter->setDecay(9);
+        meter->setPoint2(80);
+    }
+    LevelScale.setGeometry(360, 1920, 5400, 150);
+    Overflow1.setCaption("Over");
+    Overflow1.setGeometry(5820, 1500, 600, 240);
+
+    ctButton1.setCaption("Fold");
+    ctButton1.setGeometry(6480, 1500, 840, 240);
+    ctButton2.setCaption("Audio");
+    ctButton2.setGeometry(6480, 1760, 840, 240);
+    ctButton3.setCaption("Save EQ");
+    ctButton3.setGeometry(5820, 2020, 780, 240);
+    ctButton4.setCaption("Close");
+    ctButton4.setGeometry(6600, 2020, 720, 240);
+}
+
+void Form6::Form_Load()
+{
+    setGeometry(app().listeningRoomLeft.value(), app().listeningRoomTop.value(), Width(), Height());
+    app().listeningRoomShown = -1;
+}
+
+void Form6::Form_Unload()
+{
+    app().listeningRoomLeft = rt::CInt(Left());
+    app().listeningRoomTop = rt::CInt(Top());
+    app().listeningRoomShown = 0;
+    // The owner gets the focus back by itself when its tool window goes.
+}
+
+void Form6::LoadToolbar(ui::Window &ownerWindow)
+{
+    m_owner = &ownerWindow;
+    Show();
+    setOwner(&ownerWindow);
+}
+
+void Form6::UnloadToolbar()
+{
+    Unload();
+}
+
+void Form6::GSlider8_Change(int index)
+{
+    // A slider without a band (the sixteenth) fails here, and the handler ends quietly.
+    try {
+        app().form<shell::frmMain>().eq->setBandGain(index, static_cast<double>(GSlider8[index]->Value()));
+    } catch (const rt::RuntimeError &) {
+    }
+}
+
+void Form6::dragWindow()
+{
+    if (beginSystemMove)
+        beginSystemMove();
+}
+
+std::optional<std::string> Form6::callRoutine(const std::string &name, const std::vector<std::string> &args)
+{
+    if (name == "LoadToolbar" && args.size() == 1) {
+        LoadToolbar(app().formByName(args[0]));
+        return std::string();
+    }
+    if (name == "UnloadToolbar" && args.empty()) {
+        UnloadToolbar();
+        return std::string();
+    }
+    return Window::callRoutine(name, args);
+}
+
+} // namespace playback
