@@ -53,53 +53,54 @@ Form6::Form6(ui::AppContext &app)
 
 void Form6::layOut()
 {
+    // Everything fits in what the design height leaves under the title bar.
     setGeometry(0, 0, 7440, designHeight);
-    Picture1.setGeometry(0, 0, 7440, 240);
+    Picture1.setGeometry(0, 0, 7440, 180);
     for (int i = 0; i < 16; ++i) {
         ui::Meter &s = *GSlider8[i];
         s.setVertical(true);
         s.setMin(sliderMin);
         s.setMax(sliderMax);
-        s.setGeometry(120 + i * 285, 300, 255, 1140);
+        s.setGeometry(120 + i * 285, 200, 255, 860);
         s.setToolTipText(i < 15 ? "Band " + std::to_string(i + 1) : std::string());
     }
-    Picture3.setGeometry(4740, 300, 2580, 1140);
+    Picture3.setGeometry(4740, 200, 2580, 860);
     Label4[0]->setCaption("Time");
-    Label4[0]->setGeometry(4800, 330, 900, 240);
+    Label4[0]->setGeometry(4800, 200, 900, 240);
     Label1.setCaption("X1 -^0:00.000");
-    Label1.setGeometry(4800, 570, 2460, 300);
+    Label1.setGeometry(4800, 420, 2160, 300);
     Label4[1]->setCaption("Track");
-    Label4[1]->setGeometry(4800, 900, 900, 240);
+    Label4[1]->setGeometry(4800, 760, 900, 240);
     tt.setCaption("00");
-    tt.setGeometry(5700, 900, 450, 240);
+    tt.setGeometry(5700, 760, 450, 240);
     tt2.setCaption("00");
-    tt2.setGeometry(6150, 900, 450, 240);
+    tt2.setGeometry(6150, 760, 450, 240);
     Gauge.setVertical(true);
     Gauge.setValue(50);
-    Gauge.setGeometry(7020, 330, 200, 1080);
+    Gauge.setGeometry(7020, 200, 200, 860);
 
     Label2[0]->setCaption("R");
     Label2[1]->setCaption("L");
-    Label2[1]->setGeometry(120, 1500, 180, 240);
-    Level[0]->setGeometry(360, 1500, 5400, 150);
-    Label2[0]->setGeometry(120, 1740, 180, 240);
-    Level[1]->setGeometry(360, 1740, 5400, 150);
+    Label2[1]->setGeometry(120, 1090, 180, 200);
+    Level[0]->setGeometry(360, 1110, 5400, 150);
+    Label2[0]->setGeometry(120, 1270, 180, 200);
+    Level[1]->setGeometry(360, 1290, 5400, 150);
     for (auto &meter : Level) {
         meter->setDecay(9);
         meter->setPoint2(80);
     }
-    LevelScale.setGeometry(360, 1920, 5400, 150);
+    LevelScale.setGeometry(360, 1450, 5400, 60);
     Overflow1.setCaption("Over");
-    Overflow1.setGeometry(5820, 1500, 600, 240);
+    Overflow1.setGeometry(5880, 1150, 600, 240);
 
     ctButton1.setCaption("Fold");
-    ctButton1.setGeometry(6480, 1500, 840, 240);
+    ctButton1.setGeometry(360, 1530, 900, 260);
     ctButton2.setCaption("Audio");
-    ctButton2.setGeometry(6480, 1760, 840, 240);
+    ctButton2.setGeometry(1320, 1530, 900, 260);
     ctButton3.setCaption("Save EQ");
-    ctButton3.setGeometry(5820, 2020, 780, 240);
+    ctButton3.setGeometry(5280, 1530, 1020, 260);
     ctButton4.setCaption("Close");
-    ctButton4.setGeometry(6600, 2020, 720, 240);
+    ctButton4.setGeometry(6360, 1530, 960, 260);
 }
 
 void Form6::Form_Load()

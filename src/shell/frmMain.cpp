@@ -150,7 +150,7 @@ frmMain::frmMain(ui::AppContext &app)
 void frmMain::layOut()
 {
     // Positions in twips; the window is about 720 by 600 pixels.
-    setGeometry(0, 0, 10800, 9000);
+    setGeometry(0, 0, 10800, 10320);
     centreOnScreen();
 
     const char *toolCaptions[] = {"New", "", "Burn", "", "Settings", "", "Cover", "", "DVD", "", "Add-ons", "", "Listening Room"};
@@ -225,7 +225,7 @@ void frmMain::layOut()
     Slider1.setGeometry(3600, 6330, 5220, 360);
     // The position slider's design range, in the player's unit (milliseconds): ten minutes.
     Slider1.setMax(600000);
-    Spectrumx1.setGeometry(3600, 6780, 5220, 1440);
+    Spectrumx1.setGeometry(3600, 7800, 5220, 1260);
     Spectrumx1.setDecay(7);
     Spectrumx1.setFrequencyScale(4);
     Spectrumx1.setPeakDelay(7);
@@ -234,9 +234,9 @@ void frmMain::layOut()
     Spectrumx1.setPoint1(70);
     Spectrumx1.setPoint2(80);
     Command02.setCaption("EQ");
-    Command02.setGeometry(8940, 6780, 840, 360);
+    Command02.setGeometry(8940, 7800, 840, 360);
     Command1876.setCaption("Save");
-    Command1876.setGeometry(9840, 6780, 840, 360);
+    Command1876.setGeometry(9840, 7800, 840, 360);
     for (ui::ListBox *l : {&playformat, &playtime, &playfile})
         l->setVisible(false);
 
@@ -255,7 +255,7 @@ void frmMain::layOut()
     Picture4.setGeometry(120, 5760, 3300, 1860);
 
     StatusBar1.setPanel(1, "Session Open");
-    StatusBar1.setGeometry(0, 8340, 10800, 330);
+    StatusBar1.setGeometry(0, 9660, 10800, 330);
 }
 
 void frmMain::applyComponentDesign()

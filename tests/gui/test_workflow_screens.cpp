@@ -33,8 +33,13 @@
 #include <gtest/gtest.h>
 
 #include "Mp3Maker.h"
+#include "WaveMaker.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "convert/batcher.h"
+#include "playback/PlaybackWindows.h"
+#include "playback/Form6.h"
+#include "platform/audio/RealPlayerComponents.h"
 #include "burn/Mainwriter.h"
 #include "layout/Form2.h"
 #include "layout/Form5.h"
@@ -110,6 +115,7 @@ struct Program {
         layout::registerLayoutWindows(*app);
         burn::registerBurnWindows(*app);
         convert::registerConvertWindows(*app);
+        playback::registerPlaybackWindows(*app);
     }
     ~Program()
     {
@@ -556,6 +562,79 @@ TEST(WorkflowScreens, SettingsEditorWithARowSelected)
     EXPECT_TRUE(p.boxes.shown().empty());
 }
 
+TEST(WorkflowScreens, BatchConverterDuringARun)
+{
+    ScratchFolder work("brasswick-gui-batch");
+    const fs::path waves = work.path() / "waves";
+    fs::create_directories(waves);
+    // Long stereo recordings at 48000 Hz, so that the run lasts while it is photographed.
+    const std::vector<std::string> names = {"Harbour Bells.wav", "Night Ferry.wav", "Tide Table.wav"};
+    for (const auto &name : names) {
+        testsupport::WaveOptions o;
+        o.sampleRate = 48000;
+        o.channels = 2;
+        o.bits = 24;
+        o.seconds = 60;
+        ASSERT_TRUE(testsupport::makeWave((waves / name).string(), o)) << name;
+    }
+    Program p(work.path(), true);
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+
+    // Batch Convert from the menu; three files added through the open dialog.
+    main.mnubatchconvert.userClick();
+    settle();
+    auto *b = dynamic_cast<convert::batcher *>(p.app->findLoaded("batcher"));
+    ASSERT_NE(b, nullptr);
+    ASSERT_TRUE(p.view("batcher").topLevel()->isVisible());
+    EXPECT_EQ(p.view("batcher").topLevel()->windowTitle(), "Velmora Works Batch Conversion");
+    for (const auto &name : names) {
+        p.dialogs.queueResult((waves / name).string());
+        b->btnFile.userClick();
+    }
+    settle(50);
+    ASSERT_EQ(b->ListBox.ListCount(), 3);
+    auto *gauge = p.widget<QProgressBar>("batcher", b->Gauge);
+    ASSERT_NE(gauge, nullptr);
+    EXPECT_FALSE(gauge->isVisible());
+
+    // Start: the format chooser is answered, and the run begins with the first file.
+    p.dialogs.queueResult(std::string("PCM, 22050 Hz, 16 bit, mono"));
+    b->btnStart.userClick();
+    ASSERT_EQ(p.dialogs.requests().back().kind, ui::FileDialogRequest::Kind::WaveFormat);
+    EXPECT_EQ(p.dialogs.requests().back().title, "Select...");
+    // Caught in the middle of a file: the gauge shown and part way.
+    QElapsedTimer clock;
+    clock.start();
+    bool midway = false;
+    while (!midway && clock.elapsed() < 60000) {
+        QTest::qWait(2);
+        midway = gauge->isVisible() && gauge->value() >= 25 && gauge->value() < 100 && b->ItemIndex.value() < 3;
+    }
+    ASSERT_TRUE(midway) << "the run was never seen with its gauge part way";
+    EXPECT_FALSE(p.widget<QPushButton>("batcher", b->btnStart)->isEnabled());
+    EXPECT_TRUE(p.widget<QPushButton>("batcher", b->btnStop)->isEnabled());
+    EXPECT_EQ(b->ListBox.ListIndex(), b->ItemIndex.value());
+    expectReadable(p, "batcher");
+    photograph(p, "batcher", "batcher-converting.png");
+    std::cout << "[ batch   ] photographed on file " << b->ItemIndex.value() + 1 << " at " << gauge->value() << "%\n";
+
+    // The run goes on to its end: the done box, the gauge hidden, three targets.
+    while (b->Gauge.Visible() && clock.elapsed() < 120000)
+        settle(50);
+    settle(100);
+    EXPECT_FALSE(gauge->isVisible());
+    ASSERT_EQ(p.boxes.shown().size(), 1u);
+    EXPECT_EQ(p.boxes.shown().back().request.prompt, "Batch conversion done.");
+    for (const auto &name : names) {
+        const fs::path target = waves / (fs::path(name).stem().string() + "_acm.wav");
+        ASSERT_TRUE(fs::exists(target)) << target;
+        // 44-byte header, 60 s of 22050 Hz 16-bit mono.
+        EXPECT_EQ(fs::file_size(target), 44u + 60u * 22050u * 2u) << target;
+    }
+}
+
 // Mean time of one scroll step from the top of a list to its bottom, each step painted.
 double meanScrollStepMs(QTreeView *tree, int &steps)
 {
@@ -628,3 +707,59 @@ TEST(WorkflowScreens, TenThousandRowsScrollFluidly)
 }
 
 } // namespace
+
+TEST(WorkflowScreens, PlayingWithTheListeningRoom)
+{
+    ScratchFolder work("brasswick-gui-play");
+    const fs::path music = work.path() / "music";
+    fs::create_directories(music);
+    testsupport::Mp3Options o;
+    o.seconds = 20;
+    ASSERT_TRUE(testsupport::makeMp3((music / "Lighthouse.mp3").string(), o));
+    Program p(work.path());
+    // The real player into its silent sink, which keeps real time.
+    platform::audio::PlayerOptions sound;
+    sound.soundFolder = work.path() / "sound";
+    platform::audio::addRealPlayerComponents(p.components, p.loop, sound);
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+
+    auto &builder = p.app->form<layout::Form5>();
+    builder.cdvalue(4400);
+    builder.Show();
+    p.dialogs.queueResult(music.string());
+    builder.ctButton3.userClick();
+    settle();
+    builder.ctList1.userClickRow(0);
+    builder.ctButton1.userClick();
+    builder.ctButton4.userClick();
+    settle();
+    ASSERT_EQ(main.mainlist.ListCount(), 1);
+
+    // The room, with a few bands moved.
+    main.ctToolBar1.userButton(13);
+    settle();
+    auto &room = p.app->form<playback::Form6>();
+    ASSERT_TRUE(p.view("Form6").topLevel()->isVisible());
+    for (auto [band, gain] : {std::pair{0, 6}, std::pair{1, 9}, std::pair{4, -8}, std::pair{9, 3}, std::pair{13, -12}})
+        room.GSlider8[band]->userSlide(gain);
+    EXPECT_DOUBLE_EQ(main.eq->BandGain(4), -8.0);
+
+    main.mainlist.userClickRow(0);
+    main.ctButton12.userClick();
+    settle(2500);
+    EXPECT_EQ(main.isPlaying, -1);
+    EXPECT_NE(main.Label6.Caption(), "X1 -^0:00.000");
+    EXPECT_EQ(room.Label1.Caption(), main.Label6.Caption());
+    EXPECT_GT(main.Slider1.Value(), 1000);
+    // The analysers see the tone.
+    EXPECT_FALSE(main.Spectrumx1.readBins().empty());
+    photograph(p, "frmMain", "main-playing.png");
+    photograph(p, "Form6", "listening-room.png");
+
+    main.ctButton11.userClick();
+    settle(300);
+    EXPECT_EQ(main.isPlaying, 0);
+    EXPECT_EQ(main.Label6.Caption(), "X1 -^0:00.000");
+}
