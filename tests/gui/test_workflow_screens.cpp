@@ -604,7 +604,7 @@ TEST(WorkflowScreens, BatchConverterDuringARun)
     b->btnStart.userClick();
     ASSERT_EQ(p.dialogs.requests().back().kind, ui::FileDialogRequest::Kind::WaveFormat);
     EXPECT_EQ(p.dialogs.requests().back().title, "Select...");
-    // Caught in the middle of a file: the gauge shown and part way.
+    // Caught in the middle of a file: the gauge shown, between its ends.
     QElapsedTimer clock;
     clock.start();
     bool midway = false;
@@ -612,7 +612,7 @@ TEST(WorkflowScreens, BatchConverterDuringARun)
         QTest::qWait(2);
         midway = gauge->isVisible() && gauge->value() >= 25 && gauge->value() < 100 && b->ItemIndex.value() < 3;
     }
-    ASSERT_TRUE(midway) << "the run was never seen with its gauge part way";
+    ASSERT_TRUE(midway) << "the run was never seen with its gauge between its ends";
     EXPECT_FALSE(p.widget<QPushButton>("batcher", b->btnStart)->isEnabled());
     EXPECT_TRUE(p.widget<QPushButton>("batcher", b->btnStop)->isEnabled());
     EXPECT_EQ(b->ListBox.ListIndex(), b->ItemIndex.value());
