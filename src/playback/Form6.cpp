@@ -59,6 +59,7 @@ void Form6::layOut()
     for (int i = 0; i < 16; ++i) {
         ui::Meter &s = *GSlider8[i];
         s.setVertical(true);
+        s.setMaxAtTop(true);
         s.setMin(sliderMin);
         s.setMax(sliderMax);
         s.setGeometry(120 + i * 285, 200, 255, 860);

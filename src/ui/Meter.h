@@ -24,6 +24,9 @@ public:
     // Vertical meters grow upwards.
     bool vertical() const { return m_vertical; }
     void setVertical(bool on) { m_vertical = on; }
+    // A vertical slider has Min at the top; a gain slider turns that round, boost upwards.
+    bool maxAtTop() const { return m_maxAtTop; }
+    void setMaxAtTop(bool on) { m_maxAtTop = on; }
 
     // The user moves a slider to a value: Value changes, then Change.
     void userSlide(int value);
@@ -39,6 +42,7 @@ private:
     int m_min = 0;
     int m_max = 100;
     bool m_vertical = false;
+    bool m_maxAtTop = false;
     std::string m_caption;
 };
 

@@ -50,3 +50,17 @@ TEST(MMHelper, DeleteTargetRemovesAFileAndNothingElse)
     h.DeleteTarget("");
     fs::remove_all(dir);
 }
+
+namespace {
+
+TEST(MMHelperFormatPosition, MinutesSecondsAndMilliseconds)
+{
+    platform::MMHelper h;
+    EXPECT_EQ(h.FormatPosition(0, 1, true), "0:00.000");
+    EXPECT_EQ(h.FormatPosition(1500, 1, true), "0:01.500");
+    EXPECT_EQ(h.FormatPosition(754567, 1, true), "12:34.567");
+    EXPECT_EQ(h.FormatPosition(754567, 1, false), "12:34");
+    EXPECT_EQ(h.FormatPosition(-20, 1, true), "0:00.000");
+}
+
+} // namespace

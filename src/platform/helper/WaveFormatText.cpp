@@ -27,8 +27,13 @@ constexpr int gsmTag = 0x31;
 constexpr int imaTag = 0x11;
 constexpr int msAdpcmTag = 2;
 
-// Block layout of the compressed formats, as their encoders write it.
-int adpcmBlockAlign(const WaveFormat &f) { return f.sampleRate <= 11025 ? 256 * f.channels : f.sampleRate <= 22050 ? 512 * f.channels : 1024 * f.channels; }
+// Block layout of the compressed formats, as libsndfile writes them: the block grows with the
+// samples a second of all channels.
+int adpcmBlockAlign(const WaveFormat &f)
+{
+    const int perSecond = f.sampleRate * f.channels;
+    return perSecond < 12000 ? 256 : perSecond < 23000 ? 512 : perSecond < 44000 ? 1024 : 2048;
+}
 
 void put16(std::string &out, int v)
 {

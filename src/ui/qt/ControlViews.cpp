@@ -333,8 +333,8 @@ protected:
             if (m_slider->orientation() != orientation) {
                 m_slider->setOrientation(orientation);
                 // A vertical slider has Min at the top, as the original one had.
-                m_slider->setInvertedAppearance(m.vertical());
-                m_slider->setInvertedControls(m.vertical());
+                m_slider->setInvertedAppearance(m.vertical() && !m.maxAtTop());
+                m_slider->setInvertedControls(m.vertical() && !m.maxAtTop());
             }
             if (m_slider->minimum() != m.Min() || m_slider->maximum() != m.Max())
                 m_slider->setRange(m.Min(), m.Max());
