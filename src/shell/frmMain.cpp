@@ -6,7 +6,7 @@
 #include "runtime/ResumeNext.h"
 #include "runtime/TextFile.h"
 #include "ui/AppContext.h"
-#include "ui/FileDialog.h"
+#include "ui/CommonDialog.h"
 #include "ui/MessageBox.h"
 
 namespace shell {
@@ -535,14 +535,13 @@ void frmMain::ctButton1_Click()
 {
     if (mainlist.ListCount() == 0)
         return;
-    ui::FileDialogRequest request;
-    request.kind = ui::FileDialogRequest::Kind::Save;
-    request.flags = 4;
-    request.title = "Save List as WINAMP Playlist";
-    request.filter = "MP3 PlayLists|*.M3U";
+    ui::CommonDialog cmnDialog(app());
+    cmnDialog.Flags = 4;
+    cmnDialog.DialogTitle = "Save List as WINAMP Playlist";
+    cmnDialog.Filter = "MP3 PlayLists|*.M3U";
     // Cancel raises no error here: it hands on the empty name, and that fails with the message.
-    const auto chosen = app().runModal([&] { return app().dialogs().run(request); });
-    pOutputPlayList(chosen.value_or(""));
+    cmnDialog.ShowSave();
+    pOutputPlayList(cmnDialog.FileName);
 }
 
 void frmMain::ctButton5_Click()
