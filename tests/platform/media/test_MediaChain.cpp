@@ -377,8 +377,14 @@ TEST(MediaChain, StatesStopAndResume)
     // Stopped while it is at its first buffer: that one is taken, then the flow ends.
     while (!sink.entered)
         std::this_thread::yield();
-    sink.letGo();
+    // The buffer is let go only once the stop is asked for, so a busy machine can't let the
+    // worker run on through the file first.
+    std::thread releaser([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        sink.letGo();
+    });
     trigger.Stop();
+    releaser.join();
     EXPECT_EQ(trigger.State(), Trigger::StateOpen);
     ASSERT_TRUE(settle(loop));
     EXPECT_EQ(folded(events).back(), "stopped");
