@@ -19,6 +19,7 @@
 #include "platform/media/FormatConverterComponent.h"
 #include "platform/media/TriggerComponent.h"
 #include "platform/media/WaveFileComponent.h"
+#include "RealWork.h"
 #include "runtime/VirtualEventLoop.h"
 
 namespace {
@@ -80,16 +81,6 @@ const CdWave &cdWave()
     return w;
 }
 
-void settle(rt::VirtualEventLoop &loop)
-{
-    for (;;) {
-        loop.doEvents();
-        if (loop.workInHand().empty())
-            return;
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
-}
-
 double ourChain(const std::string &in, const std::string &out)
 {
     const auto t0 = Clock::now();
@@ -113,9 +104,11 @@ double ourChain(const std::string &in, const std::string &out)
         bool closed = false;
         Trigger.OnClosed = [&] { closed = true; };
         Trigger.Start();
-        settle(loop);
+        if (!testsupport::settleRealWork(loop, std::chrono::seconds(600)))
+            std::abort();
         Trigger.Close();
-        settle(loop);
+        if (!testsupport::settleRealWork(loop, std::chrono::seconds(600)))
+            std::abort();
         if (!closed)
             std::abort();
     }

@@ -15,6 +15,7 @@
 #include "platform/media/Mp3FileSource.h"
 #include "platform/media/TriggerComponent.h"
 #include "platform/media/WaveFileComponent.h"
+#include "RealWork.h"
 #include "runtime/VirtualEventLoop.h"
 
 namespace {
@@ -55,16 +56,6 @@ const Track &track()
     return t;
 }
 
-void settle(rt::VirtualEventLoop &loop)
-{
-    for (;;) {
-        loop.doEvents();
-        if (loop.workInHand().empty())
-            return;
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
-}
-
 double ourChain(const std::string &mp3, const std::string &wav)
 {
     const auto t0 = Clock::now();
@@ -82,9 +73,11 @@ double ourChain(const std::string &mp3, const std::string &wav)
         bool closed = false;
         trigger.OnClosed = [&] { closed = true; };
         trigger.Start();
-        settle(loop);
+        if (!testsupport::settleRealWork(loop, std::chrono::seconds(600)))
+            std::abort();
         trigger.Close();
-        settle(loop);
+        if (!testsupport::settleRealWork(loop, std::chrono::seconds(600)))
+            std::abort();
         if (!closed)
             std::abort();
     }

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "RealWork.h"
 #include "runtime/VirtualEventLoop.h"
 
 namespace mediatest {
@@ -76,22 +77,10 @@ inline std::string quoted(const std::string &path)
     return q + "'";
 }
 
-// Delivers posted events until no work is in hand and nothing is queued; false when that takes
-// longer than the bound (a bug should fail, not hang).
+// Delivers posted events until the real components are done; false past the bound.
 inline bool settle(rt::VirtualEventLoop &loop, std::chrono::seconds bound = std::chrono::seconds(30))
 {
-    const auto deadline = std::chrono::steady_clock::now() + bound;
-    for (;;) {
-        loop.doEvents();
-        if (loop.workInHand().empty()) {
-            loop.doEvents();
-            if (loop.workInHand().empty() && !loop.hasPending())
-                return true;
-        }
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    return testsupport::settleRealWork(loop, bound);
 }
 
 // Signal to difference in dB between two equally long runs of samples.
