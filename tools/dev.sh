@@ -16,6 +16,9 @@ packages=(build-essential cmake ninja-build pkg-config
           libmpg123-dev libsndfile1-dev libsoxr-dev libcdio-dev libcdio-paranoia-dev
           wodim mpg123 sox
           portaudio19-dev libasound2-dev libfftw3-dev
+          libcdio-utils cd-paranoia cdrdao
+          libgraphicsmagick++1-dev graphicsmagick libsane-dev libsane1 sane-utils poppler-utils cups-client
+          libcurl4-openssl-dev
           libgtest-dev libbenchmark-dev
           clang libclang-rt-14-dev
           xvfb xauth x11-utils imagemagick qt6-qpa-plugins)

@@ -3,6 +3,7 @@
 
 #include "platform/Components.h"
 #include "platform/audio/RealPlayerComponents.h"
+#include "platform/cdrom/CdReaderComponent.h"
 #include "platform/media/RealMediaComponents.h"
 #include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
@@ -10,6 +11,15 @@
 #include "platform/system/XdgShell.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "extract/ExtractWindows.h"
+#include "cover/CoverWindows.h"
+#include "platform/imaging/GmImageControl.h"
+#include "platform/printer/QtCoverPrinter.h"
+#include "platform/scanner/SaneScanner.h"
+#include "ui/qt/QtImageClipboard.h"
+#include "addons/AddonWindows.h"
+#include "platform/http/CurlHttpDownload.h"
+#include "platform/media/WaveNormalizer.h"
 #include "playback/PlaybackWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
@@ -28,6 +38,12 @@ int main(int argc, char **argv)
 
     platform::Components components;
     components.settingsStore = [] { return std::make_unique<platform::settings::FileSettingsStore>(); };
+    components.extractionStore = [] {
+        return std::make_unique<platform::settings::FileSettingsStore>(platform::settings::FileSettingsStore::extractionFile());
+    };
+    components.normalizeFile = [](const std::string &file, int32_t level, const std::function<void(int32_t, int32_t)> &progress) {
+        platform::media::normalizeWaveFile(file, level, progress);
+    };
     components.systemInfo = [] { return std::make_unique<platform::system::ProcSystemInfo>(); };
     components.shell = [] { return std::make_unique<platform::system::XdgShell>(); };
 
@@ -41,6 +57,19 @@ int main(int argc, char **argv)
     components.writerEngine = [&loop] {
         return std::make_unique<platform::writer::CdWriterEngine>(loop, platform::writer::Options{});
     };
+    // The CD reader: the machine's drives, then the discs the Image Recorder made.
+    platform::cdrom::ReaderOptions readerOptions;
+    readerOptions.imageFolder = platform::writer::defaultImageFolder();
+    platform::cdrom::addRealCdReader(components, loop, readerOptions);
+    // The add-on catalogue: HTTPS or HTTP, from the server the settings name (AddonServer).
+    components.httpDownload = [&loop] { return std::make_unique<platform::http::CurlHttpDownload>(loop); };
+    // The cover designer: pictures through GraphicsMagick and the system clipboard, scans
+    // through SANE, covers printed through Qt on the CUPS printers.
+    auto clipboard = uiqt::makeQtImageClipboard();
+    components.imageClipboard = [clipboard] { return clipboard; };
+    components.imageControl = [clipboard] { return platform::imaging::makeGmImageControl(clipboard); };
+    components.scanner = [&loop] { return platform::scanner::makeSaneScanner(loop); };
+    components.printer = [] { return platform::printer::makeQtCoverPrinter({}); };
     uiqt::QtMessageBoxes boxes;
     uiqt::QtDialogs dialogs;
     // The program's folder is the folder of the executable: LocalJ/ lies beside it.
@@ -50,6 +79,9 @@ int main(int argc, char **argv)
     layout::registerLayoutWindows(app);
     burn::registerBurnWindows(app);
     convert::registerConvertWindows(app);
+    extract::registerExtractWindows(app);
+    cover::registerCoverWindows(app);
+    addons::registerAddonWindows(app);
     playback::registerPlaybackWindows(app);
 
     loop.deliver([&] { shell::startProgram(app); });

@@ -89,6 +89,24 @@ public:
     virtual void setSpectrum(ui::Control *spectrum) = 0;
 };
 
+// The sound card's input (`MMWaveInX`): it records what the card hears and hands it to its
+// `Output`, a connector whose level meters show it. Without an input device it runs silent.
+class WaveIn : public MediaComponent {
+public:
+    static constexpr int StateRunning = 4;
+    virtual void setBufferSize(int bytes) = 0;
+    virtual void setCallBackMode(int value) = 0;
+    virtual void setDeviceID(int id) = 0;
+    // 1 mono, 2 stereo.
+    virtual void setChannels(int channels) = 0;
+    virtual void setBitLength(int bits) = 0;
+    virtual void setSampleRate(int rate) = 0;
+    virtual void Start() = 0;
+    virtual void Stop() = 0;
+    // The bit StateRunning is set while it records.
+    virtual int State() = 0;
+};
+
 // The MP3 decoder of the player (`giveamp3`), with the chain's gain stage.
 class Mp3Decoder : public MediaComponent {
 public:

@@ -2,9 +2,13 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "AudioChain.h"
+#include "Http.h"
+#include "Imaging.h"
+#include "CdReader.h"
 #include "MediaChain.h"
 #include "SettingsStore.h"
 #include "Shell.h"
@@ -33,6 +37,23 @@ struct Components {
     // The wave formats a converter's target file can be written in, for the format chooser.
     std::function<std::vector<WaveFormat>()> writableWaveFormats;
     std::function<std::unique_ptr<Shell>()> shell;
+    // The add-on catalogue's download (`ickHTTP`).
+    std::function<std::unique_ptr<HttpDownload>()> httpDownload;
+    // CD extraction: the reader, the sound card's input and the store of the extraction tool's
+    // own key, kept apart from `settingsStore`.
+    std::function<std::unique_ptr<CdReader>()> cdReader;
+    std::function<std::unique_ptr<WaveIn>()> waveIn;
+    std::function<std::unique_ptr<SettingsStore>()> extractionStore;
+    // Normalises a wave file in place to `level` percent of full scale (`NormalizeFile`), with
+    // progress(percent, phase): phase 0 while scanning, 1 while rewriting. The file is replaced
+    // only when the rewrite is complete. Empty: the library isn't there (error 53).
+    std::function<void(const std::string &file, int32_t level, const std::function<void(int32_t, int32_t)> &progress)>
+        normalizeFile;
+    // The cover designer: image controls, the clipboard they share, the scanner and the printer.
+    std::function<std::unique_ptr<ImageControl>()> imageControl;
+    std::function<std::shared_ptr<ImageClipboard>()> imageClipboard;
+    std::function<std::unique_ptr<Scanner>()> scanner;
+    std::function<std::unique_ptr<Printer>()> printer;
 };
 
 // A component of a window: use through -> is error 91 when the component isn't there.
@@ -43,6 +64,7 @@ public:
     template <class Maker>
     explicit Component(const Maker &make) : m_object(make ? make() : nullptr) {}
     T *operator->() const;
+    T &operator*() const { return *operator->(); }
     T *get() const { return m_object.get(); }
     explicit operator bool() const { return m_object != nullptr; }
 

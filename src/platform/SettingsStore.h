@@ -11,6 +11,9 @@ public:
     // The hive of the current user, as the platform numbers it.
     static constexpr int32_t HKEY_CURRENT_USER = static_cast<int32_t>(0x80000001u);
     static constexpr int32_t REG_SZ = 1;
+    // Stored as text all the same: binary as hex digits, a number in decimal.
+    static constexpr int32_t REG_BINARY = 3;
+    static constexpr int32_t REG_DWORD = 4;
 
     virtual ~SettingsStore() = default;
     // Opens the key for reading and writing; later calls refer to it.

@@ -273,21 +273,52 @@ bool isReadOnly(std::string_view logicPath)
     return (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }
 
-bool writeFileAtomically(const fs::path &path, std::string_view bytes)
+int createFileBeside(const fs::path &path, std::string &tmpName)
 {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     // A fresh name beside the target; creating it with 0666 lets the umask decide as for any
     // new file (no process-wide umask juggling).
     static std::atomic<unsigned> counter{0};
-    std::string tmp;
     int fd = -1;
     for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-        tmp = (folder / ("." + path.filename().string() + ".tmp" + std::to_string(::getpid()) + "."
-                         + std::to_string(counter++))).string();
-        fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        tmpName = (folder / ("." + path.filename().string() + ".tmp" + std::to_string(::getpid()) + "."
+                             + std::to_string(counter++))).string();
+        fd = ::open(tmpName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (fd < 0 && errno != EEXIST)
-            return false;
+            return -1;
     }
+    if (fd < 0)
+        return -1;
+    // The new file keeps the old one's permissions.
+    struct stat st {};
+    if (::stat(path.c_str(), &st) == 0 && ::fchmod(fd, st.st_mode & 07777) != 0) {
+        ::close(fd);
+        ::unlink(tmpName.c_str());
+        return -1;
+    }
+    return fd;
+}
+
+bool replaceWithFile(const std::string &tmpName, const fs::path &path)
+{
+    if (::rename(tmpName.c_str(), path.c_str()) != 0) {
+        ::unlink(tmpName.c_str());
+        return false;
+    }
+    // Make the rename itself durable; a folder that can't be synced is no failure of the write.
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    const int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (dirFd >= 0) {
+        ::fsync(dirFd);
+        ::close(dirFd);
+    }
+    return true;
+}
+
+bool writeFileAtomically(const fs::path &path, std::string_view bytes)
+{
+    std::string tmp;
+    const int fd = createFileBeside(path, tmp);
     if (fd < 0)
         return false;
     auto fail = [&] {
@@ -295,10 +326,6 @@ bool writeFileAtomically(const fs::path &path, std::string_view bytes)
         ::unlink(tmp.c_str());
         return false;
     };
-    // The new file keeps the old one's permissions.
-    struct stat st {};
-    if (::stat(path.c_str(), &st) == 0 && ::fchmod(fd, st.st_mode & 07777) != 0)
-        return fail();
     const char *data = bytes.data();
     size_t left = bytes.size();
     while (left > 0) {
@@ -317,17 +344,7 @@ bool writeFileAtomically(const fs::path &path, std::string_view bytes)
         ::unlink(tmp.c_str());
         return false;
     }
-    if (::rename(tmp.c_str(), path.c_str()) != 0) {
-        ::unlink(tmp.c_str());
-        return false;
-    }
-    // Make the rename itself durable; a folder that can't be synced is no failure of the write.
-    const int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
-    if (dirFd >= 0) {
-        ::fsync(dirFd);
-        ::close(dirFd);
-    }
-    return true;
+    return replaceWithFile(tmp, path);
 }
 
 } // namespace rt

@@ -35,5 +35,11 @@ bool isReadOnly(std::string_view logicPath);
 // Write a whole file through a temporary file in the same folder and a rename, so that a crash
 // never leaves a half-written file. Returns false and leaves the old file when that fails.
 bool writeFileAtomically(const std::filesystem::path &path, std::string_view bytes);
+// The two halves of such a write for a writer of its own: a new empty file beside `path` with
+// `path`'s permissions, open for writing (-1 when it can't be made; `tmpName` gets its name),
+// and the rename over `path` once it is complete and closed (false, and the new file removed,
+// when that fails).
+int createFileBeside(const std::filesystem::path &path, std::string &tmpName);
+bool replaceWithFile(const std::string &tmpName, const std::filesystem::path &path);
 
 } // namespace rt

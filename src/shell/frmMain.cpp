@@ -135,6 +135,7 @@ frmMain::frmMain(ui::AppContext &app)
     mnAbout.Click = [this] { showWindow("about"); };
     mnuinfo.Click = [this] { showWindow("Form1"); };
     mnubatchconvert.Click = [this] { showWindow("batcher"); };
+    mnucdcopy.Click = [this] { showWindow("MainForm"); };
     ctButton5.Click = [this] { ctButton5_Click(); };
 
     // Hover texts in the first panel of the status line.

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <typeindex>
+#include <typeinfo>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -92,6 +95,16 @@ public:
 
     // Flag shared by the windows: -1 while the listening room is to be shown beside the main window.
     rt::Integer listeningRoomShown = rt::False;
+
+    // The globals of a code module, one set per run of the program, made on first use.
+    template <class Module>
+    Module &module()
+    {
+        std::shared_ptr<void> &m = m_modules[std::type_index(typeid(Module))];
+        if (!m)
+            m = std::make_shared<Module>();
+        return *static_cast<Module *>(m.get());
+    }
     // Where the listening room stands, kept in memory only while the program runs.
     rt::Integer listeningRoomLeft = 0;
     rt::Integer listeningRoomTop = 0;
@@ -109,6 +122,7 @@ private:
     std::vector<std::unique_ptr<Window>> m_windows;
     std::vector<std::unique_ptr<Window>> m_unloaded;
     std::map<std::string, Factory, std::less<>> m_factories;
+    std::map<std::type_index, std::shared_ptr<void>> m_modules;
     int m_modalDepth = 0;
     bool m_ended = false;
     int m_endError = 0;

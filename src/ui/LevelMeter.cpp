@@ -18,6 +18,12 @@ void LevelMeter::setFeed(std::function<double()> feed)
     changed();
 }
 
+void LevelMeter::Reset()
+{
+    ++m_resets;
+    changed();
+}
+
 double LevelMeter::readPeak() const
 {
     return m_feed ? std::clamp(m_feed(), 0.0, 1.0) : 0.0;
@@ -27,6 +33,8 @@ std::optional<std::string> LevelMeter::property(const std::string &name, const A
 {
     if (name == "Value")
         return std::to_string(static_cast<int>(std::lround(readPeak() * 100.0)));
+    if (name == "Resets")
+        return std::to_string(m_resets);
     if (name == "Connected")
         return truthText(hasFeed());
     return Control::property(name, args);

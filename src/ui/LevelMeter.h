@@ -20,6 +20,10 @@ public:
     // Reads the feed once (0.0 without one).
     double readPeak() const;
 
+    // Drops what the bar shows to nothing at once (`Reset`); the view follows the count.
+    void Reset();
+    int resets() const { return m_resets; }
+
     // Design values the view draws with.
     int Decay() const { return m_decay; }
     void setDecay(int steps) { m_decay = steps; }
@@ -34,6 +38,7 @@ private:
     std::function<double()> m_feed;
     int m_decay = 9;
     int m_point2 = 80;
+    int m_resets = 0;
 };
 
 } // namespace ui

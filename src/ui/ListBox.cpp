@@ -34,6 +34,7 @@ void ListBox::RemoveItem(int index)
 void ListBox::Clear()
 {
     m_rows.clear();
+    rowsCleared();
     m_listIndex = -1;
     rowsChanged(Change::Reset, -1);
 }
@@ -110,6 +111,16 @@ void ListBox::setListIndex(int index)
             m_rows[index].selected = true;
         }
     }
+    m_lastChange = Change::Selection;
+    m_lastChangeRow = index;
+    changed();
+}
+
+void ListBox::setListIndexOnly(int index)
+{
+    if (!inRange(index))
+        rt::raise(rt::ErrInvalidPropertyValue);
+    m_listIndex = index;
     m_lastChange = Change::Selection;
     m_lastChangeRow = index;
     changed();

@@ -21,13 +21,17 @@ public:
     // Replace a row's text; outside the list is error 381.
     void setList(int index, const std::string &text);
     // Column c (from 1) of row i; "" outside the row or the list.
-    std::string Column(int index, int column) const;
+    virtual std::string Column(int index, int column) const;
+    // The number the first row goes by in properties and scenarios: 0 for a list, 1 for a view.
+    virtual int rowBase() const { return 0; }
     bool Selected(int index) const;
     // Outside the list is error 381.
     void setSelected(int index, bool on);
     int ListIndex() const { return m_listIndex; }
     // -1 clears the current row; other values outside the list are error 380.
     void setListIndex(int index);
+    // Makes a row current without touching the selection marks of a multi-select list.
+    void setListIndexOnly(int index);
     // The current row's text.
     std::string Text() const { return List(m_listIndex); }
     bool MultiSelect() const { return m_multiSelect; }
@@ -53,6 +57,10 @@ public:
     enum class Change { Reset, Inserted, Removed, Updated, Selection };
     Change lastChange() const { return m_lastChange; }
     int lastChangeRow() const { return m_lastChangeRow; }
+
+protected:
+    // Every row went (Clear).
+    virtual void rowsCleared() {}
 
 private:
     struct Row {

@@ -12,12 +12,15 @@ public:
         std::string toolTip;
         std::string picture;
         bool gap = false;
+        bool enabled = true;
     };
     using Control::Control;
     const char *kind() const override { return "ToolBar"; }
 
     void addItem(Item item);
     const std::vector<Item> &items() const { return m_items; }
+    // A disabled button (from 1) reports no click.
+    void setButtonEnabled(int index, bool on);
 
     // The toolbar reports button `index` (from 1).
     void userButton(int index);

@@ -19,10 +19,26 @@ void Window::Show()
         return;
     m_visible = true;
     changed();
+    Form_Activate();
+}
+
+void Window::ShowModal(Window *owner, std::function<void()> returned)
+{
+    setOwner(owner);
+    m_modalReturn = std::move(returned);
+    if (m_visible)
+        changed();
+    Show();
 }
 
 void Window::Hide()
 {
+    if (m_modalReturn) {
+        // At the End statement nothing runs on.
+        if (!m_app.ended())
+            m_app.loop().post(std::move(m_modalReturn));
+        m_modalReturn = nullptr;
+    }
     if (!m_visible)
         return;
     m_visible = false;

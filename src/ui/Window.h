@@ -32,8 +32,15 @@ public:
     virtual bool Form_QueryUnload() { return false; }
     // The unload step, run by Unload before the window goes.
     virtual void Form_Unload() {}
+    // The window comes on screen (Show of a hidden window), before Show returns.
+    virtual void Form_Activate() {}
 
     void Show();
+    // Show vbModal: the window floats over its owner and holds the input until it is hidden or
+    // unloaded; then `returned` runs, once, after the event in hand, as the code after the
+    // modal show does.
+    void ShowModal(Window *owner, std::function<void()> returned);
+    bool isModal() const { return static_cast<bool>(m_modalReturn); }
     void Hide();
     // Unload: runs the unload step, then the window goes at the next quiet moment.
     void Unload();
@@ -116,6 +123,7 @@ private:
     bool m_closeRemoved = false;
     bool m_frameless = false;
     Window *m_ownerWindow = nullptr;
+    std::function<void()> m_modalReturn;
     int m_left = 0, m_top = 0, m_width = 6000, m_height = 4500;
     std::vector<Control *> m_controls;
     std::vector<MenuItem *> m_menuBar;

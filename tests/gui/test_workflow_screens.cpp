@@ -36,6 +36,16 @@
 #include "WaveMaker.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "extract/ExtractWindows.h"
+#include "cover/CoverWindows.h"
+#include "cover/CoverDesigner.h"
+#include "platform/imaging/GmImageControl.h"
+#include "addons/AddonWindows.h"
+#include "addons/Plugins.h"
+#include "addons/connect.h"
+#include "platform/http/CurlHttpDownload.h"
+#include "LocalHttpServer.h"
+#include <fstream>
 #include "convert/batcher.h"
 #include "playback/PlaybackWindows.h"
 #include "playback/Form6.h"
@@ -115,6 +125,9 @@ struct Program {
         layout::registerLayoutWindows(*app);
         burn::registerBurnWindows(*app);
         convert::registerConvertWindows(*app);
+        extract::registerExtractWindows(*app);
+        cover::registerCoverWindows(*app);
+        addons::registerAddonWindows(*app);
         playback::registerPlaybackWindows(*app);
     }
     ~Program()
@@ -762,4 +775,103 @@ TEST(WorkflowScreens, PlayingWithTheListeningRoom)
     settle(300);
     EXPECT_EQ(main.isPlaying, 0);
     EXPECT_EQ(main.Label6.Caption(), "X1 -^0:00.000");
+}
+
+// The cover designer on the real image control: a photograph opened and transferred, a red
+// rubber band drawn on the canvas, then the zoom into it.
+TEST(WorkflowScreens, CoverDesignerRubberBandAndZoom)
+{
+    ScratchFolder work("brasswick-gui-cover");
+    const fs::path photo = work.path() / "harbour.jpg";
+    const std::string make = "gm convert -size 640x480 gradient:'#1b4f8a'-'#f2c45a' -fill '#2d6e3e' -draw 'circle 320,300 320,420' "
+                             "-fill '#ffffff' -draw 'rectangle 80,60 200,140' '" + photo.string() + "'";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    Program p(work.path());
+    auto clipboard = platform::imaging::makeMemoryClipboard();
+    p.components.imageClipboard = [clipboard] { return clipboard; };
+    p.components.imageControl = [clipboard] { return platform::imaging::makeGmImageControl(clipboard); };
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+    main.ctToolBar1.userButton(7);
+    settle();
+    auto *cd = dynamic_cast<cover::CoverDesigner *>(p.app->findLoaded("CoverDesigner"));
+    ASSERT_NE(cd, nullptr);
+    ASSERT_TRUE(p.view("CoverDesigner").topLevel()->isVisible());
+    EXPECT_EQ(p.view("CoverDesigner").topLevel()->windowTitle(), "Easy Coverlet- Velmora Works");
+    p.dialogs.queueResult(photo.string());
+    cd->mnuopen.userClick();
+    cd->ctButton2.userClick();
+    settle();
+    ASSERT_EQ(cd->ImagXpress1->IWidth(), 640);
+    EXPECT_EQ(cd->lblWidth.Caption(), "Width: 640");
+    // A drag from (60, 80) to (260, 200) on the canvas, in twips.
+    cd->ImagXpress1.userMouse("down", ui::LeftButton, 60 * 15, 80 * 15);
+    cd->ImagXpress1.userMouse("move", ui::LeftButton, 160 * 15, 140 * 15);
+    cd->ImagXpress1.userMouse("move", ui::LeftButton, 260 * 15, 200 * 15);
+    settle();
+    ASSERT_TRUE(cd->ImagXpress1->rubberBand().shown);
+    const QImage banded = p.view("CoverDesigner").topLevel()->grab().toImage();
+    photograph(p, "CoverDesigner", "cover-rubber-band.png");
+    // The frame is pure red somewhere on the canvas.
+    bool red = false;
+    for (int y = 0; y < banded.height() && !red; ++y)
+        for (int x = 0; x < banded.width() && !red; ++x)
+            red = banded.pixel(x, y) == qRgb(255, 0, 0);
+    EXPECT_TRUE(red) << "no red rubber band on the screen";
+    cd->ImagXpress1.userMouse("up", ui::LeftButton, 260 * 15, 200 * 15);
+    settle();
+    EXPECT_DOUBLE_EQ(cd->ImagXpress1->IPZoomF(), 2.0);
+    EXPECT_FALSE(cd->ImagXpress1->rubberBand().shown);
+    photograph(p, "CoverDesigner", "cover-zoomed.png");
+    cd->Unload();
+    settle();
+}
+
+// Button 11 with the real download from a local server: connect with its bar part-way, then
+// Plugins with the catalogue's rows and both buttons.
+TEST(WorkflowScreens, AddOnCatalogueFromALocalServer)
+{
+    ScratchFolder work("brasswick-gui-addons");
+    const fs::path site = work.path() / "site";
+    fs::create_directories(site);
+    {
+        std::ofstream out(site / "plugins.dat", std::ios::binary);
+        out << "Echo Remover;1.2;Takes the echo out of live recordings\r\n"
+               "URL-http://downloads.example.net/echo.zip\r\ninfo-http://www.example.net/echo.html\r\nfilesize-1.2 MB\r\n"
+               "Bass Lift;0.9;More bass for small speakers\r\nTrack Namer;2.1;Names tracks from their tags\r\n";
+    }
+    scenario::LocalHttpServer server(site);
+    ASSERT_TRUE(server.ok()) << server.error();
+    Program p(work.path());
+    p.world->registry->keys["Software\\Velmora Works\\MP3 Data"]["AddonServer"] = server.address();
+    p.components.httpDownload = [&p] { return std::make_unique<platform::http::CurlHttpDownload>(p.loop); };
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+
+    main.ctToolBar1.userButton(11);
+    auto *c = dynamic_cast<addons::connect *>(p.app->findLoaded("connect"));
+    ASSERT_NE(c, nullptr);
+    for (int i = 0; i < 200 && c->Label1.Caption() != "Please wait for engine query...."; ++i)
+        settle(20);
+    ASSERT_EQ(c->Label1.Caption(), "Please wait for engine query....");
+    settle(400);
+    EXPECT_EQ(p.view("connect").topLevel()->windowTitle(), "Connecting to Online Data Server");
+    photograph(p, "connect", "addons-connect.png");
+    expectReadable(p, "connect");
+
+    // The bar fills and Timer2 hands over.
+    for (int i = 0; i < 300 && p.app->findLoaded("connect"); ++i)
+        settle(20);
+    ASSERT_EQ(p.app->findLoaded("connect"), nullptr);
+    auto *plugins = dynamic_cast<addons::Plugins *>(p.app->findLoaded("Plugins"));
+    ASSERT_NE(plugins, nullptr);
+    settle();
+    ASSERT_TRUE(p.view("Plugins").topLevel()->isVisible());
+    EXPECT_EQ(plugins->mainlist.ListCount(), 3);
+    EXPECT_TRUE(plugins->ctButton3.Visible());
+    EXPECT_TRUE(plugins->ctButton1.Visible());
+    photograph(p, "Plugins", "addons-plugins.png");
+    expectReadable(p, "Plugins");
 }

@@ -64,3 +64,33 @@ TEST(MMHelperFormatPosition, MinutesSecondsAndMilliseconds)
 }
 
 } // namespace
+
+namespace {
+
+TEST(MMHelperTimeText, HoursMinutesSecondsCutOff)
+{
+    platform::MMHelper h;
+    EXPECT_EQ(h.TimeText(0), "00:00:00");
+    EXPECT_EQ(h.TimeText(999), "00:00:00");
+    EXPECT_EQ(h.TimeText(3723400), "01:02:03");
+    EXPECT_EQ(h.TimeText(-1), "-00:00:00");
+    EXPECT_EQ(h.TimeText(-61000), "-00:01:01");
+}
+
+TEST(MulDiv, RoundsHalfAwayFromZeroAndGivesMinusOne)
+{
+    EXPECT_EQ(platform::MulDiv(10, 3, 4), 8);     // 7.5
+    EXPECT_EQ(platform::MulDiv(-10, 3, 4), -8);   // -7.5
+    EXPECT_EQ(platform::MulDiv(7, 1, 3), 2);
+    EXPECT_EQ(platform::MulDiv(2000000000, 2000000000, 2000000000), 2000000000);
+    EXPECT_EQ(platform::MulDiv(5, 5, 0), -1);
+    EXPECT_EQ(platform::MulDiv(2000000000, 4, 1), -1);
+}
+
+TEST(MMWaveHelperFormatSize, TheRecordsOwnSize)
+{
+    platform::MMWaveHelper w;
+    EXPECT_EQ(w.FormatSize(platform::WaveFormat::cdAudio()), 18);
+}
+
+} // namespace

@@ -1,5 +1,7 @@
 #include "Runner.h"
 
+#include "FakeReaderSettings.h"
+
 #include <chrono>
 #include <csignal>
 #include <sys/mount.h>
@@ -12,7 +14,9 @@
 #include "Mp3Maker.h"
 #include "WaveMaker.h"
 #include "platform/audio/RealPlayerComponents.h"
+#include "platform/cdrom/CdReaderComponent.h"
 #include "platform/media/RealMediaComponents.h"
+#include "platform/media/WaveNormalizer.h"
 #include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
 #include "platform/system/ProcSystemInfo.h"
@@ -22,6 +26,14 @@
 #include "runtime/Strings.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "extract/ExtractWindows.h"
+#include "cover/CoverWindows.h"
+#include "platform/fake/FakeImaging.h"
+#include "platform/imaging/GmImageControl.h"
+#include "platform/printer/QtCoverPrinter.h"
+#include "platform/scanner/SaneScanner.h"
+#include "addons/AddonWindows.h"
+#include "platform/http/CurlHttpDownload.h"
 #include "playback/PlaybackWindows.h"
 #include "layout/LayoutWindows.h"
 #include "shell/ShellWindows.h"
@@ -116,6 +128,7 @@ void Runner::teardown()
 {
     m_objects.clear();
     m_app.reset();
+    m_server.reset();
     m_loop.reset();
     m_boxes.reset();
     m_dialogs.reset();
@@ -257,6 +270,8 @@ void Runner::dispatch(const Tokens &t)
         m_app->afterEvent();
     } else if (verb == "settle") {
         cmdSettle(t);
+    } else if (verb == "serve") {
+        cmdServe(t);
     } else if (verb == "click" || verb == "dblclick") {
         cmdClick(t, verb == "dblclick");
     } else if (verb == "select") {
@@ -297,7 +312,8 @@ void Runner::dispatch(const Tokens &t)
 std::string Runner::expand(const std::string &text) const
 {
     std::string out = text;
-    for (const auto &[name, value] : {std::pair<std::string, std::string>{"$WORK", m_work.string()}, {"$PROG", m_prog.string()}}) {
+    const std::string server = m_server ? m_server->address() : std::string("$SERVER");
+    for (const auto &[name, value] : {std::pair<std::string, std::string>{"$WORK", m_work.string()}, {"$PROG", m_prog.string()}, {"$SERVER", server}}) {
         size_t at = 0;
         while ((at = out.find(name, at)) != std::string::npos) {
             out.replace(at, name.size(), value);
@@ -439,12 +455,14 @@ void Runner::cmdRegistry(const Tokens &t)
     if (t.size() != 4)
         fail("registry takes a key, a name and a value");
     if (m_useReal["settings"]) {
-        platform::settings::FileSettingsStore store(m_work / "config" / "velmora-works" / "registry.ini");
+        // The extraction tool's key has a store of its own.
+        const bool dac = rt::UCase(rt::Left(t[1].text, 16)) == "SOFTWARE\\MERVANE";
+        platform::settings::FileSettingsStore store(dac ? extractionStoreFile() : m_work / "config" / "velmora-works" / "registry.ini");
         store.OpenKey(platform::SettingsStore::HKEY_CURRENT_USER, t[1].text);
-        store.WriteValue(t[2].text, t[3].text, platform::SettingsStore::REG_SZ);
+        store.WriteValue(t[2].text, expand(t[3].text), platform::SettingsStore::REG_SZ);
         store.CloseKey();
     } else {
-        m_world->registry->keys[t[1].text][t[2].text] = t[3].text;
+        m_world->registry->keys[t[1].text][t[2].text] = expand(t[3].text);
     }
 }
 
@@ -455,7 +473,8 @@ void Runner::cmdUse(const Tokens &t)
     const std::string &component = t[2].text;
     if (m_app)
         fail("use must come before start");
-    static const std::set<std::string> withReal = {"settings", "sysinfo", "shell", "writer", "decoder", "audio"};
+    static const std::set<std::string> withReal = {"settings", "sysinfo", "shell", "writer", "decoder", "audio", "http",
+                                                   "reader", "imaging", "scanner", "printer"};
     static const std::set<std::string> known = {"settings", "sysinfo", "shell", "writer", "decoder", "audio",
                                                 "reader", "imaging", "scanner", "printer", "http"};
     if (!known.count(component))
@@ -505,10 +524,45 @@ void Runner::cmdFake(const Tokens &t)
         w.playMs = toInt(t[3].text);
     } else if ((component == "writer" || component == "audio" || component == "decoder") && setting == "absent" && t.size() == 3) {
         (component == "writer" ? w.hasWriter : component == "audio" ? w.hasAudioChain : w.hasDecoder) = false;
+    } else if (component == "reader" && setting == "cancel-isrc-after" && t.size() == 4) {
+        // The user's click on Cancel while the codes are read, right after the N-th track.
+        const int after = toInt(t[3].text);
+        w.reader->onReadIsrc = [this, after](int calls) {
+            if (calls != after || !m_app)
+                return;
+            if (ui::Window *dlg = m_app->findLoaded("ISRCDlg"))
+                if (ui::Control *c = dlg->control("btnCancel"))
+                    c->userClick();
+        };
+    } else if (component == "reader") {
+        std::string error;
+        if (!setFakeReader(w, Tokens(t.begin() + 2, t.end()), error))
+            fail(error);
     } else if (component == "shell" && setting == "result" && t.size() == 4) {
         w.shellResult = toInt(t[3].text);
+    } else if (component == "http" && setting == "serve" && t.size() == 4) {
+        w.http.servePath = hostPath(t[3].text).string();
+    } else if (component == "http" && setting == "time" && t.size() == 4) {
+        w.http.transferMs = toInt(t[3].text);
+    } else if (component == "http" && setting == "status" && t.size() == 5) {
+        w.http.statusCode = toInt(t[3].text);
+        w.http.statusText = t[4].text;
+    } else if (component == "http" && setting == "fail" && t.size() == 5) {
+        w.http.fails = true;
+        w.http.failCode = toInt(t[3].text);
+        w.http.failText = t[4].text;
+    } else if (component == "http" && setting == "silent" && t.size() == 3) {
+        w.http.silent = true;
+    } else if (component == "http" && setting == "nofile" && t.size() == 3) {
+        w.http.endsWithoutFile = true;
     } else if (component == "audio" && setting == "eqini" && t.size() == 5) {
         w.iniGains[toInt(t[3].text)] = std::stod(t[4].text);
+    } else if (component == "imaging" || component == "scanner" || component == "printer") {
+        std::vector<std::string> values;
+        for (size_t i = 3; i < t.size(); ++i)
+            values.push_back(expand(t[i].text));
+        if (const std::string e = platform::fake::setFakeImaging(w, component, setting, values); !e.empty())
+            fail(e);
     } else {
         fail("unknown fake setting \"" + component + " " + setting + "\"");
     }
@@ -536,12 +590,50 @@ void Runner::cmdStart()
         rt::EventLoop &loop = *m_loop;
         m_components->writerEngine = [&loop, o] { return std::make_unique<platform::writer::CdWriterEngine>(loop, o); };
     }
+    if (m_useReal["reader"]) {
+        // The discs of $WORK/discs only (the Image Recorder's, when the writer is real too).
+        platform::cdrom::ReaderOptions o;
+        o.imageFolder = m_work / "discs";
+        o.scanSystemDrives = false;
+        platform::cdrom::addRealCdReader(*m_components, *m_loop, o);
+    }
     if (m_useReal["settings"]) {
         const fs::path file = m_work / "config" / "velmora-works" / "registry.ini";
         m_components->settingsStore = [file] { return std::make_unique<platform::settings::FileSettingsStore>(file); };
+        const fs::path dac = extractionStoreFile();
+        m_components->extractionStore = [dac] { return std::make_unique<platform::settings::FileSettingsStore>(dac); };
+    }
+    // Normalising is a routine on a file, the same on fakes and real components.
+    m_components->normalizeFile = [](const std::string &file, int32_t level, const std::function<void(int32_t, int32_t)> &progress) {
+        platform::media::normalizeWaveFile(file, level, progress);
+    };
+    if (m_useReal["imaging"]) {
+        // A clipboard of the scenario's own: the machine's is not touched.
+        auto clipboard = platform::imaging::makeMemoryClipboard();
+        m_components->imageClipboard = [clipboard] { return clipboard; };
+        m_components->imageControl = [clipboard] { return platform::imaging::makeGmImageControl(clipboard); };
+    }
+    if (m_useReal["scanner"]) {
+        // SANE with its own test backend alone, configured under $WORK.
+        const fs::path config = m_work / "sane";
+        fs::create_directories(config);
+        std::ofstream(config / "dll.conf") << "test\n";
+        ::setenv("SANE_CONFIG_DIR", config.c_str(), 1);
+        rt::EventLoop &loop = *m_loop;
+        m_components->scanner = [&loop] { return platform::scanner::makeSaneScanner(loop); };
+    }
+    if (m_useReal["printer"]) {
+        // Every print job becomes a PDF file in $WORK/prints.
+        platform::printer::Options o;
+        o.pdfFolder = m_work / "prints";
+        m_components->printer = [o] { return platform::printer::makeQtCoverPrinter(o); };
     }
     if (m_useReal["sysinfo"])
         m_components->systemInfo = [] { return std::make_unique<platform::system::ProcSystemInfo>(); };
+    if (m_useReal["http"]) {
+        rt::EventLoop &loop = *m_loop;
+        m_components->httpDownload = [&loop] { return std::make_unique<platform::http::CurlHttpDownload>(loop); };
+    }
     if (m_useReal["shell"])
         m_components->shell = [] { return std::make_unique<platform::system::XdgShell>(); };
     m_app = std::make_unique<ui::AppContext>(*m_loop, *m_boxes, *m_dialogs, *m_components, m_prog.string());
@@ -549,6 +641,9 @@ void Runner::cmdStart()
     layout::registerLayoutWindows(*m_app);
     burn::registerBurnWindows(*m_app);
     convert::registerConvertWindows(*m_app);
+    extract::registerExtractWindows(*m_app);
+    cover::registerCoverWindows(*m_app);
+    addons::registerAddonWindows(*m_app);
     playback::registerPlaybackWindows(*m_app);
     act([&] { m_loop->deliver([&] { shell::startProgram(*m_app); }); });
 }
@@ -650,9 +745,10 @@ void Runner::cmdClick(const Tokens &t, bool twice)
         auto *list = dynamic_cast<ui::ListBox *>(&c);
         if (!list)
             fail(c.fullName() + " is not a list");
-        const int row = toInt(t[3].text);
+        // A list view counts its items from 1.
+        const int row = toInt(t[3].text) - list->rowBase();
         if (row < 0 || row >= list->ListCount())
-            fail("row " + std::to_string(row) + " is not in the list of " + std::to_string(list->ListCount()));
+            fail("row " + t[3].text + " is not in the list of " + std::to_string(list->ListCount()));
         act([&] { twice ? list->userDblClickRow(row) : list->userClickRow(row); });
     } else {
         act([&] { twice ? c.userDblClick() : c.userClick(); });
@@ -666,7 +762,7 @@ void Runner::cmdSelect(const Tokens &t)
     auto *list = dynamic_cast<ui::ListBox *>(&controlOf(t[1].text));
     if (!list)
         fail(t[1].text + " is not a list");
-    act([&] { list->setSelected(toInt(t[2].text), t[3].text == "on"); });
+    act([&] { list->setSelected(toInt(t[2].text) - list->rowBase(), t[3].text == "on"); });
 }
 
 void Runner::cmdToolbar(const Tokens &t)

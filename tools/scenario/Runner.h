@@ -11,6 +11,7 @@
 
 #include <sys/resource.h>
 
+#include "LocalHttpServer.h"
 #include "ScriptObject.h"
 #include "Tokenizer.h"
 #include "platform/Components.h"
@@ -55,6 +56,8 @@ private:
     void cmdFake(const Tokens &t);
     void cmdStart();
     void cmdSettle(const Tokens &t);
+    // serve "FOLDER" [WAY]: a local HTTP server for the real HTTP client; $SERVER is its address.
+    void cmdServe(const Tokens &t);
     // Acting.
     void cmdClick(const Tokens &t, bool twice);
     void cmdSelect(const Tokens &t);
@@ -85,6 +88,8 @@ private:
     void check(bool ok, const std::string &line, const std::string &expected, const std::string &got);
     [[noreturn]] static void fail(const std::string &message) { throw Failure{message}; }
 
+    // Where the real store keeps the extraction tool's key.
+    std::filesystem::path extractionStoreFile() const { return m_work / "config" / "mervane" / "dac.ini"; }
     // Text with $WORK and $PROG put in.
     std::string expand(const std::string &text) const;
     std::filesystem::path hostPath(const std::string &text) const;
@@ -121,6 +126,7 @@ private:
     size_t m_boxesChecked = 0;
     std::string m_lastResult;
     std::map<std::string, std::unique_ptr<ScriptObject>> m_objects;
+    std::unique_ptr<LocalHttpServer> m_server;
 };
 
 } // namespace scenario

@@ -52,6 +52,11 @@ private:
 
 } // namespace
 
+bool portAudioReady()
+{
+    return PortAudioLibrary::ready();
+}
+
 // PortAudio's calls into a device, on its audio thread.
 struct PortAudioCallbacks {
     static int render(const void *, void *output, unsigned long frames, const PaStreamCallbackTimeInfo *,

@@ -8,6 +8,9 @@
 
 namespace platform::audio {
 
+// PortAudio initialised for the process (once, quietly); false when it can't be.
+bool portAudioReady();
+
 // The sound card through PortAudio (ALSA, and through it PulseAudio or PipeWire): the default
 // output, 32-bit float stereo, asked for by PortAudio's callback.
 class PortAudioDevice final : public AudioDevice {

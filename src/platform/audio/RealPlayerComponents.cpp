@@ -4,6 +4,7 @@
 #include "EqualizerComponent.h"
 #include "Mp3DecoderComponent.h"
 #include "RingBufferComponent.h"
+#include "WaveInComponent.h"
 #include "WaveOutComponent.h"
 
 namespace platform::audio {
@@ -20,6 +21,7 @@ void addRealPlayerComponents(platform::Components &c, rt::EventLoop &loop, const
     c.equalizer = [] { return std::unique_ptr<Equalizer>(std::make_unique<EqualizerComponent>()); };
     c.connector = [] { return std::unique_ptr<Connector>(std::make_unique<ConnectorComponent>()); };
     c.mp3Decoder = [] { return std::unique_ptr<Mp3Decoder>(std::make_unique<Mp3DecoderComponent>()); };
+    c.waveIn = [options] { return std::unique_ptr<WaveIn>(std::make_unique<WaveInComponent>(options)); };
 }
 
 } // namespace platform::audio

@@ -1,4 +1,5 @@
 #include "FakeComponents.h"
+#include "FakeImaging.h"
 #include "FakeRecorder.h"
 
 #include "runtime/Conversions.h"
@@ -43,9 +44,15 @@ Components makeFakeComponents(std::shared_ptr<FakeWorld> world)
     c.settingsStore = [world] { return std::make_unique<FakeSettingsStore>(world->registry); };
     c.systemInfo = maker<FakeSystemInfo, SystemInfo>(world);
     c.shell = maker<FakeShell, Shell>(world);
+    c.httpDownload = [world] { return makeFakeHttp(world); };
     if (world->hasWriter)
         c.writerEngine = [world] { return makeFakeWriter(world); };
     c.writableWaveFormats = [] { return fakeWaveFormats(); };
+    if (world->hasReader)
+        c.cdReader = [world] { return makeFakeCdReader(world); };
+    c.waveIn = [world] { return makeFakeWaveIn(world); };
+    // The extraction tool's key lives in the same fake registry, under its own name.
+    c.extractionStore = [world] { return std::make_unique<FakeSettingsStore>(world->registry); };
     if (world->hasDecoder) {
         c.audioFile = [world] { return makeFakeAudioFile(world); };
         c.trigger = [world] { return makeFakeTrigger(world); };
@@ -59,6 +66,7 @@ Components makeFakeComponents(std::shared_ptr<FakeWorld> world)
         c.connector = [world] { return makeFakeConnector(world); };
         c.mp3Decoder = [world] { return makeFakeMp3Decoder(world); };
     }
+    addFakeImaging(c, world);
     return c;
 }
 

@@ -11,6 +11,8 @@
 #include "platform/Shell.h"
 #include "platform/SystemInfo.h"
 #include "platform/WriterEngine.h"
+#include "platform/fake/FakeHttp.h"
+#include "platform/fake/FakeCdReader.h"
 #include "platform/fake/FakeSettingsStore.h"
 
 namespace rt {
@@ -18,6 +20,8 @@ class EventLoop;
 }
 
 namespace platform::fake {
+
+struct FakeImagingWorld;
 
 // What the fakes were told and what they are to answer, shared by every instance a window
 // makes. Scenarios set the answers and read the log.
@@ -59,6 +63,9 @@ struct FakeWorld {
     // Shell: what openAddress returns (non-zero: the address could not be handed over).
     int shellResult = 0;
 
+    // The add-on server behind the fake HTTP download.
+    FakeHttpSettings http;
+
     // Every property a fake component was given, as "Component.Property" -> value text,
     // and every call, in order.
     std::map<std::string, std::string> properties;
@@ -68,10 +75,17 @@ struct FakeWorld {
     // Gains an Eq.ini file would give, by band index; empty when the file is missing.
     std::map<int, double> iniGains;
 
+    // The CD reader's drives and disc.
+    std::shared_ptr<FakeReaderWorld> reader = std::make_shared<FakeReaderWorld>();
+
     // Which families are there at all; a missing one is a component the program hasn't got.
     bool hasWriter = true;
     bool hasAudioChain = true;
     bool hasDecoder = true;
+    bool hasReader = true;
+
+    // The cover designer's fakes (FakeImaging.h), made on first use.
+    std::shared_ptr<FakeImagingWorld> imaging;
 };
 
 // Components whose makers all build fakes on one world.

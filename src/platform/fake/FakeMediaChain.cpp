@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "FakeChainSource.h"
 #include "FakeRecorder.h"
 #include "platform/helper/WaveFormatText.h"
 #include "runtime/EventLoop.h"
@@ -141,6 +142,7 @@ public:
             rt::raise(rt::ErrFileNotFound);
         if (waveSource && !isWaveFile(rt::nativePath(waveSource->FileName())))
             rt::raise(rt::ErrFileNotFound);
+        auto *pacedSource = dynamic_cast<FakeChainSource *>(source);
         m_sink = dynamic_cast<FakeWaveFile *>(chainEnd(Output(), false));
         if (m_sink && !fs::is_directory(rt::nativePath(m_sink->FileName()).parent_path(), ec))
             rt::raise(75);
@@ -164,7 +166,24 @@ public:
                 OnStarted();
         });
         m_timer = loop->startTimer(bufferMs, [this] { tick(); });
-        m_endTimer = loop->startTimer(std::max(1, world().decodeMs), [this] { endFlow(); });
+        if (pacedSource) {
+            // A source of its own pace: the flow lasts as long as it says, or fails on the way.
+            m_pacedSource = pacedSource;
+            pacedSource->setClock([this, loop]() -> int64_t { return loop->now() - m_startedAt; });
+            const auto failure = pacedSource->failure();
+            const int64_t ms = failure ? failure->afterMs : pacedSource->flowMs();
+            m_endTimer = loop->startTimer(static_cast<int>(std::max<int64_t>(1, ms)), [this, failure] {
+                if (failure) {
+                    post([this, failure] {
+                        if (OnError)
+                            OnError(failure->code, failure->message);
+                    });
+                }
+                endFlow();
+            });
+        } else {
+            m_endTimer = loop->startTimer(std::max(1, world().decodeMs), [this] { endFlow(); });
+        }
     }
     void Stop() override
     {
@@ -232,10 +251,15 @@ private:
         m_audioSource = nullptr;
         m_waveSource = nullptr;
         m_sink = nullptr;
+        if (m_pacedSource)
+            m_pacedSource->setClock(nullptr);
+        m_pacedSource = nullptr;
     }
     void endFlow()
     {
         stopTimer();
+        if (m_pacedSource)
+            m_pacedSource->setClock(nullptr);
         m_flowing = false;
         m_stoppedAfter = world().loop ? std::min<int64_t>(world().loop->now() - m_startedAt, world().decodeMs) : 0;
         post([this] {
@@ -249,6 +273,7 @@ private:
     FakeAudioFile *m_audioSource = nullptr;
     FakeWaveFile *m_waveSource = nullptr;
     FakeWaveFile *m_sink = nullptr;
+    FakeChainSource *m_pacedSource = nullptr;
     int m_state = 0;
     bool m_flowing = false;
     int64_t m_startedAt = 0;

@@ -38,7 +38,7 @@ std::string FakeSettingsStore::ReadValue(const std::string &name)
 void FakeSettingsStore::WriteValue(const std::string &name, const std::string &value, int32_t type)
 {
     m_registry->calls.push_back("WriteValue " + name);
-    if (!m_open || type != REG_SZ)
+    if (!m_open || (type != REG_SZ && type != REG_DWORD && type != REG_BINARY))
         rt::raise(rt::ErrInvalidCall);
     m_registry->keys[m_key][name] = value;
 }

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/MediaChain.h"
+
 namespace platform {
 
 // The text and file helper of the media components (`MMHelperX`). Positions count characters
@@ -23,6 +25,20 @@ public:
     // whatever the format, so it only has to be open. With `withMs` false the ".mmm" is left
     // off. A negative position shows as "0:00.000".
     std::string FormatPosition(int64_t positionMs, int formatHandle, bool withMs) const;
+    // Milliseconds as hours, minutes and seconds: "00:00:00", "01:02:03"; whole seconds, cut
+    // off. A negative time shows its size after a minus sign: "-00:00:01".
+    std::string TimeText(int64_t ms) const;
+};
+
+// The system's multiply-then-divide (`MulDiv`): a * b / c through 64 bits, rounded half away
+// from zero; -1 when c is 0 or the result doesn't fit in 32 bits.
+int32_t MulDiv(int32_t a, int32_t b, int32_t c);
+
+// The wave helper (`MMWaveHelperX`).
+class MMWaveHelper {
+public:
+    // Bytes of the wave format record of a format (WAVEFORMATEX with its extra bytes).
+    int32_t FormatSize(const WaveFormat &format) const;
 };
 
 } // namespace platform

@@ -73,7 +73,9 @@ std::string findName(const FileSettingsStore::Values &values, const std::string 
 
 } // namespace
 
-std::filesystem::path FileSettingsStore::defaultFile()
+namespace {
+
+std::filesystem::path configFolder()
 {
     std::filesystem::path base;
     if (const char *xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
@@ -82,7 +84,19 @@ std::filesystem::path FileSettingsStore::defaultFile()
         base = std::filesystem::path(home) / ".config";
     else
         base = std::filesystem::temp_directory_path();
-    return base / "velmora-works" / "registry.ini";
+    return base;
+}
+
+} // namespace
+
+std::filesystem::path FileSettingsStore::defaultFile()
+{
+    return configFolder() / "velmora-works" / "registry.ini";
+}
+
+std::filesystem::path FileSettingsStore::extractionFile()
+{
+    return configFolder() / "mervane" / "dac.ini";
 }
 
 FileSettingsStore::FileSettingsStore(std::filesystem::path file)
@@ -162,7 +176,8 @@ std::string FileSettingsStore::ReadValue(const std::string &name)
 
 void FileSettingsStore::WriteValue(const std::string &name, const std::string &value, int32_t type)
 {
-    if (!m_open || type != REG_SZ)
+    // Every kind is kept as text: numbers in decimal, binary values as hex digits.
+    if (!m_open || (type != REG_SZ && type != REG_DWORD && type != REG_BINARY))
         rt::raise(rt::ErrInvalidCall);
     auto sections = load();
     Values &values = sections[m_section];

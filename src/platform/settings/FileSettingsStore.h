@@ -17,6 +17,8 @@ class FileSettingsStore : public SettingsStore {
 public:
     // The file used when none is given: under XDG_CONFIG_HOME or ~/.config.
     static std::filesystem::path defaultFile();
+    // The extraction tool's store, a file of its own beside it: mervane/dac.ini.
+    static std::filesystem::path extractionFile();
     explicit FileSettingsStore(std::filesystem::path file = defaultFile());
 
     void OpenKey(int32_t root, const std::string &subKey) override;

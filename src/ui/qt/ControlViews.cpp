@@ -18,6 +18,7 @@
 #include <QSlider>
 #include <QToolBar>
 
+#include "ChoiceViews.h"
 #include "ControlView.h"
 #include "LevelMeterView.h"
 #include "ListBoxView.h"
@@ -36,6 +37,8 @@
 #include "ui/MenuItem.h"
 #include "ui/Meter.h"
 #include "ui/PictureBox.h"
+#include "ui/ImageBox.h"
+#include "ImageBoxView.h"
 #include "ui/SpectrumView.h"
 #include "ui/StatusBar.h"
 #include "ui/TextBox.h"
@@ -489,9 +492,20 @@ protected:
     {
         auto &bar = *static_cast<ToolBar *>(m_control);
         const auto &items = bar.items();
-        // Buttons are only ever added.
-        if (static_cast<int>(items.size()) == m_built)
+        // Buttons are only ever added; their enabled states change.
+        std::string enabled;
+        for (const auto &item : items)
+            enabled += item.enabled ? '1' : '0';
+        if (static_cast<int>(items.size()) == m_built) {
+            if (enabled != m_enabled) {
+                m_enabled = enabled;
+                const auto actions = m_bar->actions();
+                for (int i = 0; i < static_cast<int>(items.size()) && i < actions.size(); ++i)
+                    actions[i]->setEnabled(items[i].enabled);
+            }
             return;
+        }
+        m_enabled = enabled;
         m_bar->clear();
         bool pictures = false;
         for (int i = 0; i < static_cast<int>(items.size()); ++i) {
@@ -507,6 +521,7 @@ protected:
                 action->setIcon(QIcon(path));
                 pictures = true;
             }
+            action->setEnabled(item.enabled);
             const int number = i + 1;
             QObject::connect(action, &QAction::triggered, this, [this, number] {
                 if (m_control && !pushing())
@@ -521,6 +536,7 @@ protected:
 private:
     QToolBar *m_bar;
     int m_built = -1;
+    std::string m_enabled;
 };
 
 class PictureBoxView : public ControlView {
@@ -569,6 +585,8 @@ std::unique_ptr<ControlView> makeControlView(Control &control, WindowView &windo
 {
     if (dynamic_cast<MenuItem *>(&control) || dynamic_cast<Timer *>(&control))
         return nullptr;
+    if (auto view = makeChoiceView(control, window))
+        return view;
     if (auto *c = dynamic_cast<Label *>(&control))
         return std::make_unique<LabelView>(*c, window);
     if (auto *c = dynamic_cast<Button *>(&control))
@@ -597,6 +615,8 @@ std::unique_ptr<ControlView> makeControlView(Control &control, WindowView &windo
         return std::make_unique<LevelMeterView>(*c, window);
     if (auto *c = dynamic_cast<SpectrumView *>(&control))
         return std::make_unique<SpectrumBarsView>(*c, window);
+    if (auto *c = dynamic_cast<ImageBox *>(&control))
+        return makeImageBoxView(*c, window);
     return nullptr;
 }
 

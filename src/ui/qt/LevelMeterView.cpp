@@ -89,10 +89,11 @@ void LevelMeterView::apply()
     m_state.setSettings(settings);
     m_meter->point2 = meter.Point2();
     // Without a feed the meter falls silent at once rather than freezing at its last level.
-    if (!meter.hasFeed() && m_state.count() > 0) {
+    if ((!meter.hasFeed() || meter.resets() != m_resetsSeen) && m_state.count() > 0) {
         m_state.reset();
         m_meter->update();
     }
+    m_resetsSeen = meter.resets();
     updatePolling();
 }
 

@@ -33,6 +33,7 @@ private:
     void tick(int elapsedMs);
 
     ui::BarDecay m_state;
+    int m_resetsSeen = 0;
     // Guarded: the window's widgets may go before this view does.
     QPointer<LevelMeterWidget> m_meter;
     FeedPoller m_poller;

@@ -170,6 +170,9 @@ void WindowView::applyFlags()
                 Qt::WindowMinimizeButtonHint;
     if (m_window->Topmost())
         flags |= Qt::WindowStaysOnTopHint;
+    const Qt::WindowModality modality = m_window->isModal() ? Qt::ApplicationModal : Qt::NonModal;
+    if (m_top->windowModality() != modality && m_top->isHidden())
+        m_top->setWindowModality(modality);
     if (m_flagsApplied && flags == m_flags)
         return;
     m_flags = flags;

@@ -1,0 +1,276 @@
+#include "ImageSheet.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+namespace platform::cdrom {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr long framesPerSecond = 75;
+constexpr long bytesPerFrame = 2352;
+constexpr long samplesPerFrame = 588;
+// Sheets are small; anything bigger is no sheet.
+constexpr std::uintmax_t maxSheetBytes = 4 * 1024 * 1024;
+
+std::optional<std::string> readSheet(const fs::path &file)
+{
+    std::error_code ec;
+    const auto size = fs::file_size(file, ec);
+    if (ec || size > maxSheetBytes)
+        return std::nullopt;
+    std::ifstream in(file, std::ios::binary);
+    if (!in)
+        return std::nullopt;
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+std::vector<std::string> lines(const std::string &text)
+{
+    std::vector<std::string> out;
+    std::string line;
+    std::istringstream in(text);
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        out.push_back(line);
+    }
+    return out;
+}
+
+struct Token {
+    std::string text;
+    bool quoted = false;
+};
+
+// Words of a sheet line; a quoted name is one word, "//" starts a comment outside quotes.
+std::vector<Token> tokens(const std::string &line)
+{
+    std::vector<Token> out;
+    size_t i = 0;
+    while (i < line.size()) {
+        const char c = line[i];
+        if (std::isspace(static_cast<unsigned char>(c))) {
+            ++i;
+        } else if (c == '"') {
+            Token t{"", true};
+            ++i;
+            while (i < line.size() && line[i] != '"') {
+                if (line[i] == '\\' && i + 1 < line.size())
+                    ++i;
+                t.text += line[i++];
+            }
+            ++i;
+            out.push_back(t);
+        } else if (c == '/' && i + 1 < line.size() && line[i + 1] == '/') {
+            break;
+        } else {
+            Token t;
+            while (i < line.size() && !std::isspace(static_cast<unsigned char>(line[i])) && line[i] != '"')
+                t.text += line[i++];
+            out.push_back(t);
+        }
+    }
+    return out;
+}
+
+std::string upper(std::string s)
+{
+    for (char &c : s)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return s;
+}
+
+std::optional<long> number(std::string_view s)
+{
+    long v = 0;
+    auto [p, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
+    if (ec != std::errc() || p != s.data() + s.size() || v < 0)
+        return std::nullopt;
+    return v;
+}
+
+std::optional<long> msfFrames(std::string_view s)
+{
+    const auto c1 = s.find(':');
+    const auto c2 = c1 == std::string_view::npos ? c1 : s.find(':', c1 + 1);
+    if (c2 == std::string_view::npos)
+        return std::nullopt;
+    const auto m = number(s.substr(0, c1));
+    const auto sec = number(s.substr(c1 + 1, c2 - c1 - 1));
+    const auto f = number(s.substr(c2 + 1));
+    if (!m || !sec || !f || *sec >= 60 || *f >= framesPerSecond || *m > 99)
+        return std::nullopt;
+    return (*m * 60 + *sec) * framesPerSecond + *f;
+}
+
+std::string msf(long frames)
+{
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%02ld:%02ld:%02ld", frames / (60 * framesPerSecond), (frames / framesPerSecond) % 60,
+                  frames % framesPerSecond);
+    return buf;
+}
+
+// A TOC position: MSF, or a count of samples.
+std::optional<long> tocFrames(std::string_view s)
+{
+    if (s.find(':') != std::string_view::npos)
+        return msfFrames(s);
+    const auto samples = number(s);
+    if (!samples)
+        return std::nullopt;
+    return *samples / samplesPerFrame;
+}
+
+std::string quote(const std::string &s)
+{
+    std::string out = "\"";
+    for (char c : s) {
+        if (c == '"' || c == '\\')
+            out += '\\';
+        out += c;
+    }
+    return out + "\"";
+}
+
+} // namespace
+
+std::optional<SheetFacts> scanCue(const fs::path &cue)
+{
+    const auto text = readSheet(cue);
+    if (!text)
+        return std::nullopt;
+    SheetFacts facts;
+    bool fileBigEndian = false;
+    bool ours = false;
+    int session = 1;
+    int sessionOfLastTrack = 1;
+    int track = 0;
+    std::optional<long> remSectors;
+    for (const std::string &line : lines(*text)) {
+        const auto t = tokens(line);
+        if (t.empty())
+            continue;
+        const std::string key = upper(t[0].text);
+        if (key == "FILE" && t.size() >= 3) {
+            fs::path file = t[1].text;
+            if (file.is_relative())
+                file = cue.parent_path() / file;
+            facts.files.push_back(file);
+            fileBigEndian = upper(t.back().text) == "MOTOROLA";
+        } else if (key == "TRACK" && t.size() >= 2) {
+            const auto n = number(t[1].text);
+            track = n ? static_cast<int>(*n) : track + 1;
+            facts.bigEndian[track] = fileBigEndian;
+            if (session > sessionOfLastTrack)
+                facts.laterSession[track] = true;
+            sessionOfLastTrack = session;
+            remSectors.reset();
+        } else if (key == "REM" && t.size() >= 3 && upper(t[1].text) == "SESSION") {
+            if (const auto n = number(t[2].text))
+                session = static_cast<int>(*n);
+        } else if (key == "REM" && t.size() >= 3 && upper(t[1].text) == "SECTORS") {
+            remSectors = number(t[2].text);
+        } else if (key == "REM" && t.size() >= 3 && t[1].text == "COMMENT" && t[2].text == "MP3 Brasswick Image Recorder") {
+            ours = true;
+        }
+    }
+    if (ours && remSectors && *remSectors > 0)
+        facts.lastTrackSectors = remSectors;
+    return facts;
+}
+
+std::optional<RewrittenToc> rewriteToc(const fs::path &toc)
+{
+    const auto text = readSheet(toc);
+    if (!text)
+        return std::nullopt;
+    const fs::path folder = toc.parent_path();
+    RewrittenToc out;
+    int track = 0;
+    for (const std::string &line : lines(*text)) {
+        const auto t = tokens(line);
+        const std::string key = t.empty() ? std::string() : upper(t[0].text);
+        if (key == "TRACK") {
+            ++track;
+            out.text += line + "\n";
+        } else if (key == "NO" && t.size() >= 2 && upper(t[1].text) == "COPY") {
+            out.facts.noCopy[track] = true;
+            out.text += line + "\n";
+        } else if ((key == "FILE" || key == "AUDIOFILE" || key == "DATAFILE") && track > 0) {
+            if (t.size() < 2 || !t[1].quoted || t[1].text.empty())
+                return std::nullopt;
+            fs::path file = t[1].text;
+            if (file.is_relative())
+                file = folder / file;
+            if (std::find(out.facts.files.begin(), out.facts.files.end(), file) == out.facts.files.end())
+                out.facts.files.push_back(file);
+            bool swap = false;
+            long offsetFrames = 0;
+            size_t i = 2;
+            if (i < t.size() && upper(t[i].text) == "SWAP") {
+                swap = true;
+                ++i;
+            }
+            if (i < t.size() && !t[i].text.empty() && t[i].text[0] == '#') {
+                const auto bytes = number(std::string_view(t[i].text).substr(1));
+                if (!bytes)
+                    return std::nullopt;
+                offsetFrames = *bytes / bytesPerFrame;
+                ++i;
+            }
+            std::optional<long> start;
+            std::optional<long> length;
+            if (key == "DATAFILE") {
+                start = offsetFrames;
+                if (i < t.size())
+                    length = t[i].text.find(':') != std::string::npos ? msfFrames(t[i].text) : number(t[i].text);
+                if (i < t.size() && !length)
+                    return std::nullopt;
+                if (length && t[i].text.find(':') == std::string::npos)
+                    *length /= bytesPerFrame;
+            } else {
+                if (i >= t.size())
+                    return std::nullopt;
+                start = tocFrames(t[i].text);
+                if (!start)
+                    return std::nullopt;
+                *start += offsetFrames;
+                if (++i < t.size()) {
+                    length = tocFrames(t[i].text);
+                    if (!length)
+                        return std::nullopt;
+                }
+                // cdrdao's raw audio is big-endian unless it says SWAP; a wave file is little-endian.
+                std::string ext = upper(file.extension().string());
+                out.facts.bigEndian[track] = !swap && ext != ".WAV";
+            }
+            out.text += "FILE " + quote(file.string()) + " " + msf(*start);
+            if (length)
+                out.text += " " + msf(*length);
+            out.text += "\n";
+        } else if ((key == "START" || key == "PREGAP" || key == "SILENCE") && t.size() >= 2) {
+            const auto frames = tocFrames(t[1].text);
+            if (!frames)
+                return std::nullopt;
+            out.text += t[0].text + " " + msf(*frames) + "\n";
+        } else {
+            out.text += line + "\n";
+        }
+    }
+    if (track == 0)
+        return std::nullopt;
+    return out;
+}
+
+} // namespace platform::cdrom

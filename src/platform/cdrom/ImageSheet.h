@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform::cdrom {
+
+// What libcdio doesn't take from a disc image's sheet, read from the text beside it: the byte
+// order of each track's audio, sessions, explicit copy prohibitions and the true length of the
+// last track of one of our own images.
+struct SheetFacts {
+    // Tracks (1-based) whose audio is stored big-endian.
+    std::map<int, bool> bigEndian;
+    // Tracks that start a session after the first.
+    std::map<int, bool> laterSession;
+    // Tracks the sheet marks "NO COPY" (a CUE sheet can only grant the copy).
+    std::map<int, bool> noCopy;
+    // "REM SECTORS" of our Image Recorder: the last track's length; the BIN may be longer.
+    std::optional<long> lastTrackSectors;
+    // The files holding the sectors, as absolute paths.
+    std::vector<std::filesystem::path> files;
+};
+
+// Reads the facts of a CUE sheet; nullopt when the file can't be read.
+std::optional<SheetFacts> scanCue(const std::filesystem::path &cue);
+
+// A cdrdao TOC file turned into one libcdio opens: file names made absolute (libcdio takes
+// them from the working folder), SWAP taken off (it refuses it; the swap is noted in the facts,
+// and cdrdao's raw audio is big-endian unless swapped), byte offsets and sample counts turned
+// into MSF. Nullopt when the text can't be read or makes no sense.
+struct RewrittenToc {
+    std::string text;
+    SheetFacts facts;
+};
+std::optional<RewrittenToc> rewriteToc(const std::filesystem::path &toc);
+
+} // namespace platform::cdrom
