@@ -43,31 +43,32 @@ Plugins::Plugins(ui::AppContext &app)
 
 void Plugins::layOut()
 {
-    setGeometry(0, 0, 7800, 5400);
+    setGeometry(0, 0, 9600, 5400);
     centreOnScreen();
     ctClip1.setGeometry(120, 120, 1320, 1320);
     Label1.setCaption("Internet Engine");
-    Label1.setGeometry(1560, 120, 6000, 300);
-    mainlist.setColumnHeaders({"Add-on", "Version", "Details"});
-    mainlist.setGeometry(1560, 480, 6000, 3240);
+    Label1.setGeometry(1560, 120, 7800, 300);
+    // A catalogue row is name;version;details, sometimes with a size after them.
+    mainlist.setColumnHeaders({"Add-on", "Version", "Details", "Size"});
+    mainlist.setGeometry(1560, 480, 7800, 3060);
     // The addresses and the size are kept, not shown: the buttons use them.
     Text1.setVisible(false);
-    Text1.setGeometry(1560, 3840, 1800, 300);
+    Text1.setGeometry(1560, 3660, 1800, 300);
     Text2.setVisible(false);
-    Text2.setGeometry(3480, 3840, 1800, 300);
+    Text2.setGeometry(3480, 3660, 1800, 300);
     Text3.setVisible(false);
-    Text3.setGeometry(5400, 3840, 1800, 300);
+    Text3.setGeometry(5400, 3660, 1800, 300);
     Check1.setCaption("Allow DTE early arrival-");
-    Check1.setGeometry(120, 3900, 2700, 300);
+    Check1.setGeometry(120, 3660, 2700, 300);
     ctButton3.setCaption("Download");
     ctButton3.setVisible(false);
-    ctButton3.setGeometry(2880, 4260, 1500, 420);
+    ctButton3.setGeometry(4680, 4020, 1500, 420);
     ctButton1.setCaption("Available INFO");
     ctButton1.setVisible(false);
-    ctButton1.setGeometry(4440, 4260, 1560, 420);
+    ctButton1.setGeometry(6240, 4020, 1560, 420);
     ctButton2.setCaption("Cancel");
-    ctButton2.setGeometry(6060, 4260, 1500, 420);
-    StatusBar1.setGeometry(0, 4800, 7800, 300);
+    ctButton2.setGeometry(7860, 4020, 1500, 420);
+    StatusBar1.setGeometry(0, 4620, 9600, 300);
 }
 
 void Plugins::Form_Load()

@@ -5,10 +5,9 @@
 
 namespace cover {
 
-void registerCoverWindows(ui::AppContext &app) {
-  app.registerForm(CoverDesigner::formName, [](ui::AppContext &a) {
-    return std::make_unique<CoverDesigner>(a);
-  });
+void registerCoverWindows(ui::AppContext &app)
+{
+    app.registerForm(CoverDesigner::formName, [](ui::AppContext &a) { return std::make_unique<CoverDesigner>(a); });
 }
 
 } // namespace cover

@@ -23,7 +23,6 @@ void GetError(ui::AppContext &app, int code);
 void UpdateProps(ui::Window &window, ui::ImageBox &imageControl);
 
 // The caption line UpdateProps builds.
-std::string captionLine(const std::string &fileName, long width, long height,
-                        long bpp, double zoom);
+std::string captionLine(const std::string &fileName, long width, long height, long bpp, double zoom);
 
 } // namespace cover::imagx

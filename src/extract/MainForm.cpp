@@ -121,13 +121,13 @@ MainForm::MainForm(ui::AppContext &app)
 
 void MainForm::layOut()
 {
-    setGeometry(0, 0, 9600, 6600);
+    setGeometry(0, 0, 11880, 6600);
     centreOnScreen();
     DevCombo.setGeometry(120, 120, 5400, 315);
     SpeedCombo.setGeometry(5640, 120, 1560, 315);
     SpeedCombo.AddItem("Default");
-    MMLevelX1.setGeometry(7320, 120, 2040, 140);
-    MMLevelX2.setGeometry(7320, 300, 2040, 140);
+    MMLevelX1.setGeometry(7440, 120, 4200, 140);
+    MMLevelX2.setGeometry(7440, 300, 4200, 140);
     const int buttonTop = 540;
     int left = 120;
     for (auto *b : {&btnCopy, &btnPlay, &btnPrev, &btnNext, &btnStop, &btnEject}) {
@@ -142,10 +142,11 @@ void MainForm::layOut()
     btnEject.setCaption("Eject");
     for (auto *b : {&btnCopy, &btnPlay, &btnPrev, &btnNext, &btnStop})
         b->setEnabled(false);
-    ListView.setGeometry(120, 1020, 9240, 4260);
+    ListView.setGeometry(120, 1020, 11520, 4260);
+    ListView.setColumnWidths({900, 2640, 1260, 1260, 1260, 1500, 1380, 1200});
     ListView.setMultiSelect(true);
     ListView.setColumnHeaders({"Track", "Title", "Starttime", "Playtime", "Filesize", "Copyprotection", "Pre-Emphasis", "ISRC"});
-    StatusBar.setGeometry(0, 5400, 9480, 330);
+    StatusBar.setGeometry(0, 5400, 11760, 330);
     StatusBar.setPanel(1, "no CD inserted");
     ShowStatusBar1.setChecked(true);
     for (auto *m : {&CopyTracks1, &ReadISRC1})

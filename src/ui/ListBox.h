@@ -41,6 +41,9 @@ public:
     const std::vector<std::string> &ColumnHeaders() const { return m_headers; }
     // Column headers of a list shown in columns; none for a plain list.
     void setColumnHeaders(std::vector<std::string> headers);
+    // Design widths of the columns in twips; none: the view shares the room out itself.
+    const std::vector<int> &ColumnWidths() const { return m_columnWidths; }
+    void setColumnWidths(std::vector<int> twips) { m_columnWidths = std::move(twips); }
 
     // A click on row `row`: it becomes the current row and selected, then Click.
     void userClickRow(int row);
@@ -75,6 +78,7 @@ private:
     int m_listIndex = -1;
     bool m_multiSelect = false;
     std::vector<std::string> m_headers;
+    std::vector<int> m_columnWidths;
     Change m_lastChange = Change::Reset;
     int m_lastChangeRow = -1;
 };

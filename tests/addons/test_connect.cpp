@@ -66,6 +66,7 @@ TEST_F(ConnectTest, ConnectionOkGoesOnThroughTimer1)
     world->http.silent = true;
     auto &c = app->form<addons::connect>();
     c.List1.AddItem("Connection OK");
+    ASSERT_EQ(c.List1.List(0), "Connection OK");
     c.firstRowTests();
     EXPECT_TRUE(c.Timer1.Enabled());
     EXPECT_TRUE(boxes.shown().empty());

@@ -36,7 +36,10 @@
 #include "WaveMaker.h"
 #include "burn/BurnWindows.h"
 #include "convert/ConvertWindows.h"
+#include "extract/CopyDlg.h"
 #include "extract/ExtractWindows.h"
+#include "extract/MainForm.h"
+#include "platform/cdrom/CdReaderComponent.h"
 #include "cover/CoverWindows.h"
 #include "cover/CoverDesigner.h"
 #include "platform/imaging/GmImageControl.h"
@@ -837,9 +840,9 @@ TEST(WorkflowScreens, AddOnCatalogueFromALocalServer)
     fs::create_directories(site);
     {
         std::ofstream out(site / "plugins.dat", std::ios::binary);
-        out << "Echo Remover;1.2;Takes the echo out of live recordings\r\n"
+        out << "Echo Remover;1.2;Removes echo;1.2 MB\r\n"
                "URL-http://downloads.example.net/echo.zip\r\ninfo-http://www.example.net/echo.html\r\nfilesize-1.2 MB\r\n"
-               "Bass Lift;0.9;More bass for small speakers\r\nTrack Namer;2.1;Names tracks from their tags\r\n";
+               "Bass Lift;0.9;More bass;300 kB\r\nTrack Namer;2.1;Names tracks;80 kB\r\n";
     }
     scenario::LocalHttpServer server(site);
     ASSERT_TRUE(server.ok()) << server.error();
@@ -874,4 +877,119 @@ TEST(WorkflowScreens, AddOnCatalogueFromALocalServer)
     EXPECT_TRUE(plugins->ctButton1.Visible());
     photograph(p, "Plugins", "addons-plugins.png");
     expectReadable(p, "Plugins");
+}
+
+// A disc image for the extraction window: two short tracks of music with CD-Text titles and ISRC
+// codes, a long silent one (a sparse file, so the copy lasts while it is photographed), and a
+// data track.
+void writeDiscImage(const fs::path &discs)
+{
+    fs::create_directories(discs);
+    const int64_t sector = 2352;
+    const std::vector<int64_t> lengths = {30 * 75, 45 * 75, 50 * 60 * 75, 10 * 75};
+    int64_t total = 0;
+    for (int64_t l : lengths)
+        total += l;
+    {
+        std::ofstream bin(discs / "Sampler.bin", std::ios::binary);
+        // Two tones for the music tracks; the rest stays a hole of zeros.
+        for (int t = 0; t < 2; ++t) {
+            const int64_t samples = lengths[static_cast<size_t>(t)] * 588;
+            for (int64_t i = 0; i < samples; ++i) {
+                const double s = std::sin(2 * M_PI * (t == 0 ? 440.0 : 660.0) * static_cast<double>(i) / 44100.0);
+                const auto v = static_cast<int16_t>(12000 * s);
+                const char frame[4] = {static_cast<char>(v & 0xFF), static_cast<char>((v >> 8) & 0xFF),
+                                       static_cast<char>(v & 0xFF), static_cast<char>((v >> 8) & 0xFF)};
+                bin.write(frame, 4);
+            }
+        }
+    }
+    fs::resize_file(discs / "Sampler.bin", static_cast<uintmax_t>(total * sector));
+    std::ofstream cue(discs / "Sampler.cue");
+    cue << "TITLE \"Harbour Sampler\"\nFILE \"Sampler.bin\" BINARY\n";
+    const char *titles[] = {"Harbour Bells", "Night Ferry", "Long Silence", ""};
+    int64_t start = 0;
+    for (size_t i = 0; i < lengths.size(); ++i) {
+        char head[64];
+        std::snprintf(head, sizeof head, "  TRACK %02zu %s\n", i + 1, i == 3 ? "MODE1/2352" : "AUDIO");
+        cue << head;
+        if (i < 3)
+            cue << "    FLAGS DCP\n    TITLE \"" << titles[i] << "\"\n";
+        if (i < 2)
+            cue << "    ISRC GBAYE260000" << i + 1 << "\n";
+        char index[64];
+        std::snprintf(index, sizeof index, "    INDEX 01 %02lld:%02lld:%02lld\n", static_cast<long long>(start / 4500),
+                      static_cast<long long>(start / 75 % 60), static_cast<long long>(start % 75));
+        cue << index;
+        start += lengths[i];
+    }
+}
+
+TEST(WorkflowScreens, DigitalCopyOfADiscImage)
+{
+    ScratchFolder work("brasswick-gui-extract");
+    writeDiscImage(work.path() / "discs");
+    Program p(work.path(), true);
+    platform::cdrom::ReaderOptions readerOptions;
+    readerOptions.imageFolder = work.path() / "discs";
+    readerOptions.scanSystemDrives = false;
+    platform::cdrom::addRealCdReader(p.components, p.loop, readerOptions);
+    auto &main = p.app->form<shell::frmMain>();
+    main.Show();
+    settle();
+
+    // Digital CD Copy from the menu: the image is the one drive, read half a second later.
+    main.mnucdcopy.userClick();
+    auto *m = dynamic_cast<extract::MainForm *>(p.app->findLoaded("MainForm"));
+    ASSERT_NE(m, nullptr);
+    QElapsedTimer clock;
+    clock.start();
+    while (m->ListView.Count() == 0 && clock.elapsed() < 10000)
+        settle(50);
+    settle(600);
+    ASSERT_EQ(m->ListView.Count(), 4);
+    EXPECT_EQ(p.view("MainForm").topLevel()->windowTitle(), "Digital Audio Copy - Harbour Sampler");
+    EXPECT_EQ(m->DevCombo.List(0), "<Sampler.cue:>  Disc Image");
+    EXPECT_EQ(m->ListView.Column(0, 2), "Harbour Bells");
+    EXPECT_EQ(m->ListView.Column(1, 4), "0:00:45.00");
+    EXPECT_EQ(m->ListView.Column(2, 5), "504.68 MB");
+    EXPECT_EQ(m->StatusBar.Panel(1), "CD Inserted");
+    EXPECT_TRUE(m->btnCopy.Enabled());
+    expectReadable(p, "MainForm");
+    photograph(p, "MainForm", "extract-contents.png");
+
+    // The codes from the disc, then a copy of the long track through paranoia's checks.
+    p.dialogs.queueResult((work.path() / "Track.wav").string());
+    // Row 3 alone would ask the button about the data track after it; the data row's own mark
+    // lets the click through, and the copy then walks row 3 only.
+    m->ListView.setItemSelected(1, false);
+    m->ListView.setItemSelected(3, true);
+    m->ListView.setItemSelected(4, true);
+    m->CDReader->setCopyMode(platform::CdReader::cmSectorSync);
+    m->btnCopy.userClick();
+    auto *copy = dynamic_cast<extract::CopyDlg *>(p.app->findLoaded("CopyDlg"));
+    ASSERT_NE(copy, nullptr);
+    bool midway = false;
+    clock.restart();
+    while (!midway && clock.elapsed() < 60000) {
+        QTest::qWait(5);
+        midway = copy->Meter1.Value() > copy->Meter1.Max() / 10 && copy->Meter1.Value() < copy->Meter1.Max() * 8 / 10;
+    }
+    ASSERT_TRUE(midway) << "the copy was never seen between its ends";
+    settle(100);
+    EXPECT_EQ(copy->Messages.List(0), "Copying Track 03");
+    EXPECT_NE(copy->lblSpeed1.Caption(), "0.0 X");
+    expectReadable(p, "CopyDlg");
+    photograph(p, "CopyDlg", "extract-copying.png");
+    std::cout << "[ extract ] photographed at " << copy->lblPercent1.Caption() << ", " << copy->lblSpeed1.Caption() << "\n";
+    // Cancel: the box, and the window goes.
+    copy->btnAbort.userClick();
+    clock.restart();
+    while (p.app->findLoaded("CopyDlg") && clock.elapsed() < 10000)
+        settle(50);
+    EXPECT_EQ(p.app->findLoaded("CopyDlg"), nullptr);
+    ASSERT_FALSE(p.boxes.shown().empty());
+    EXPECT_EQ(p.boxes.shown().back().request.prompt, "Copyprocess terminated by user!");
+    m->Unload();
+    settle();
 }

@@ -26,7 +26,7 @@ TEST_F(RegistryValuesTest, NumbersRoundTripAndFallBack)
     // A double word beyond the signed range reads back as the signed 32-bit number.
     registry->keys[Key]["Big"] = "4294967295";
     EXPECT_EQ(platform::ReadRegInt(store, HKCU, Key, "Big", 0), -1);
-    for (const char *bad : {"twelve", "12x", " 12", "99999999999"}) {
+    for (const char *bad : {"twelve", "12x", "", "99999999999"}) {
         registry->keys[Key]["Odd"] = bad;
         EXPECT_EQ(platform::ReadRegInt(store, HKCU, Key, "Odd", 7), 7) << bad;
     }

@@ -148,6 +148,9 @@ public:
     }
     int CurrentTrack() override
     {
+        // As a drive that was never told to play: no track yet.
+        if (!disc().everPlayed)
+            return 0;
         const int32_t at = PlayPosition();
         int number = 0;
         for (const auto &t : disc().tracks) {
@@ -225,6 +228,7 @@ public:
         d.playStart = start;
         d.playLength = length;
         d.playStartedAt = now();
+        d.everPlayed = true;
     }
     void Stop() override
     {

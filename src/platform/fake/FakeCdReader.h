@@ -49,6 +49,7 @@ struct FakeReaderWorld {
     int32_t playStart = 0;
     int32_t playLength = 0;
     int32_t stoppedAt = 0;
+    bool everPlayed = false;
     // Called after every ReadISRC with the count of calls so far (a scenario's click meanwhile).
     std::function<void(int calls)> onReadIsrc;
     int isrcReads = 0;

@@ -71,6 +71,8 @@ int32_t ReadRegBinary(SettingsStore &store, int32_t root, const std::string &key
         bytes.push_back(static_cast<char>(hi * 16 + lo));
     }
     const size_t n = std::min<size_t>(bytes.size(), static_cast<size_t>(std::max(0, size)));
+    if (n == 0)
+        return 0;
     buffer = bytes.substr(0, n);
     return static_cast<int32_t>(n);
 }

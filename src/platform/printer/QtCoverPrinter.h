@@ -9,10 +9,10 @@
 namespace platform::printer {
 
 struct Options {
-  // Empty: print on the printer the user chose (CUPS through Qt). Else: every
-  // job becomes a PDF file in this folder (cover-1.pdf, cover-2.pdf, ...), and
-  // there is no dialogue.
-  std::filesystem::path pdfFolder;
+    // Empty: print on the printer the user chose (CUPS through Qt). Else: every
+    // job becomes a PDF file in this folder (cover-1.pdf, cover-2.pdf, ...), and
+    // there is no dialogue.
+    std::filesystem::path pdfFolder;
 };
 
 // The printer on Qt Print Support: a cover is a 120 x 120 mm page at the job's
@@ -26,9 +26,9 @@ std::vector<std::string> cupsNetworkPrinters();
 // Where the picture goes on the cover, in device pixels of a cover
 // `coverPixels` wide and high.
 struct Placement {
-  double x = 0, y = 0, width = 0, height = 0;
+    double x = 0, y = 0, width = 0, height = 0;
 };
-Placement placePicture(int pictureWidth, int pictureHeight, double pictureDpi,
-                       int printDpi, double coverPixels, bool smart);
+Placement placePicture(
+    int pictureWidth, int pictureHeight, double pictureDpi, int printDpi, double coverPixels, bool smart);
 
 } // namespace platform::printer

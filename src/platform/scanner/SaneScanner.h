@@ -19,7 +19,6 @@ std::unique_ptr<Scanner> makeSaneScanner(rt::EventLoop &loop);
 
 // The last image's pixels as a BMP file's bytes (8-bit grey with its palette,
 // or 24-bit).
-std::string bmpBytes(int width, int height, bool grey,
-                     const std::vector<uint8_t> &samples);
+std::string bmpBytes(int width, int height, bool grey, const std::vector<uint8_t> &samples);
 
 } // namespace platform::scanner

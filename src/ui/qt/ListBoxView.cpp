@@ -210,6 +210,11 @@ void ListBoxView::layColumns()
     const int columns = m_model->columnCount();
     if (columns <= 1)
         return;
+    if (const auto &widths = list().ColumnWidths(); !widths.empty()) {
+        for (int c = 0; c < columns && c < static_cast<int>(widths.size()); ++c)
+            m_view->header()->resizeSection(c, std::max(toPixels(widths[static_cast<size_t>(c)]), 20));
+        return;
+    }
     // The titles get the room: a column without a header holds the row mark only, the last
     // column (a time) keeps room for "00-00:00" or its header, and the columns between share
     // the rest. The scroll bar's room stays free, so many rows never hide the last column.
