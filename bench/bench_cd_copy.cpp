@@ -77,6 +77,8 @@ int main()
     for (const Mode &m : modes) {
         reader.setCopyMode(m.mode);
         reader.SelectRange(track.Start, track.Length);
+        // As the window clears the way first: replacing the last run's file would be timed too.
+        fs::remove(tmp / "ours.wav");
         wave.setFileName((tmp / "ours.wav").string());
         const auto t0 = Clock::now();
         trigger.Start();
