@@ -12,32 +12,18 @@
 
 #include <unistd.h>
 
+#include "TempDir.h"
+
 namespace cdromtest {
 
 namespace fs = std::filesystem;
 
 constexpr int64_t sectorBytes = 2352;
 
-class TempDir {
+// A fresh folder for one test, removed with everything in it.
+class TempDir : public testsupport::TempDir {
 public:
-    TempDir()
-    {
-        std::string pattern = (fs::temp_directory_path() / "cdreader-test-XXXXXX").string();
-        if (::mkdtemp(pattern.data()))
-            m_path = pattern;
-    }
-    ~TempDir()
-    {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    TempDir(const TempDir &) = delete;
-    TempDir &operator=(const TempDir &) = delete;
-    const fs::path &path() const { return m_path; }
-    fs::path operator/(const std::string &name) const { return m_path / name; }
-
-private:
-    fs::path m_path;
+    TempDir() : testsupport::TempDir("cdreader-test") {}
 };
 
 // Music-like PCM (two tones and a little hiss), little-endian 16-bit stereo, whole sectors.

@@ -14,6 +14,8 @@
 #include <sndfile.h>
 #include <unistd.h>
 
+#include "TempDir.h"
+
 #include "platform/WriterEngine.h"
 #include "runtime/VirtualEventLoop.h"
 
@@ -21,27 +23,10 @@ namespace writertest {
 
 namespace fs = std::filesystem;
 
-// A fresh folder under the system's temporary folder, removed with everything in it.
-class TempDir {
+// A fresh folder for one test, removed with everything in it.
+class TempDir : public testsupport::TempDir {
 public:
-    TempDir()
-    {
-        std::string pattern = (fs::temp_directory_path() / "writer-test-XXXXXX").string();
-        if (::mkdtemp(pattern.data()))
-            m_path = pattern;
-    }
-    ~TempDir()
-    {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    TempDir(const TempDir &) = delete;
-    TempDir &operator=(const TempDir &) = delete;
-    const fs::path &path() const { return m_path; }
-    fs::path operator/(const std::string &name) const { return m_path / name; }
-
-private:
-    fs::path m_path;
+    TempDir() : testsupport::TempDir("writer-test") {}
 };
 
 // A wave file of `frames` frames of noise with the title and artist in its INFO chunk; returns
