@@ -10,7 +10,8 @@ jobs=${JOBS:-2}
 cmake -S "$here" -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" -j "$jobs"
 
-for target in fuzz_cIDV3 fuzz_FrameScan fuzz_TextFile fuzz_Settings fuzz_Catalogue; do
+for target in fuzz_cIDV3 fuzz_FrameScan fuzz_TextFile fuzz_Settings fuzz_Catalogue \
+              fuzz_DiscSheet fuzz_ImageCue fuzz_EqIni fuzz_WaveFormatRecord; do
     echo "== $target: corpus"
     "$build/$target" -runs=0 "$here/corpus/$target"
     if [ -n "${FUZZ_SECONDS:-}" ]; then

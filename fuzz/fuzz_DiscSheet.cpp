@@ -1,0 +1,81 @@
+// The text beside a disc image as the CD reader reads it: the same bytes once as a CUE sheet and
+// once as a cdrdao TOC. Nothing may crash, and what comes out keeps to what the reader promises.
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
+#include <unistd.h>
+
+#include "platform/cdrom/ImageSheet.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void check(bool condition)
+{
+    if (!condition)
+        __builtin_trap();
+}
+
+// One folder per process in memory, removed when the fuzzer exits; relative names in a sheet
+// resolve into it.
+struct ScratchFolder {
+    fs::path folder = fs::path("/dev/shm") / ("fuzz-discsheet-" + std::to_string(::getpid()));
+    ScratchFolder() { fs::create_directories(folder); }
+    ~ScratchFolder()
+    {
+        std::error_code ec;
+        fs::remove_all(folder, ec);
+    }
+};
+
+const fs::path &scratchFolder()
+{
+    static const ScratchFolder scratch;
+    return scratch.folder;
+}
+
+void writeFile(const fs::path &path, const char *data, size_t size)
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(data, static_cast<std::streamsize>(size));
+}
+
+void checkFacts(const platform::cdrom::SheetFacts &facts)
+{
+    for (const fs::path &file : facts.files)
+        check(file.is_absolute());
+    check(!facts.lastTrackSectors || *facts.lastTrackSectors > 0);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const fs::path &folder = scratchFolder();
+    const char *bytes = reinterpret_cast<const char *>(data);
+
+    const fs::path cue = folder / "image.cue";
+    writeFile(cue, bytes, size);
+    const auto facts = platform::cdrom::scanCue(cue);
+    check(facts.has_value()); // a small readable file is always scanned
+    checkFacts(*facts);
+
+    const fs::path toc = folder / "image.toc";
+    writeFile(toc, bytes, size);
+    if (const auto rewritten = platform::cdrom::rewriteToc(toc)) {
+        checkFacts(rewritten->facts);
+        // Swapped or not is only known for tracks that came after a TRACK line.
+        for (const auto &[track, big] : rewritten->facts.bigEndian)
+            check(track >= 1);
+        // The rewritten text is a TOC too; read once more, it may be refused but must not crash.
+        const fs::path again = folder / "rewritten.toc";
+        writeFile(again, rewritten->text.data(), rewritten->text.size());
+        if (const auto second = platform::cdrom::rewriteToc(again))
+            checkFacts(second->facts);
+    }
+    return 0;
+}
