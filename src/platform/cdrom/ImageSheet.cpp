@@ -190,11 +190,64 @@ std::optional<SheetFacts> scanCue(const fs::path &cue)
     return facts;
 }
 
+namespace {
+
+bool endsWithWord(const std::string &text, std::string_view word)
+{
+    size_t end = text.find_last_not_of(" \t\r\n");
+    if (end == std::string::npos || end + 1 < word.size())
+        return false;
+    return upper(text.substr(end + 1 - word.size(), word.size())) == word;
+}
+
+// CD-Text blocks laid out as libcdio reads them: one brace to a line, but the language map on a
+// line of its own, whole. cdrdao takes either layout, "CD_TEXT { LANGUAGE 0 { TITLE "One" } }" too.
+std::string spreadBraces(const std::string &text)
+{
+    std::string out;
+    out.reserve(text.size() + text.size() / 8);
+    bool quoted = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (!quoted && c == '{' && endsWithWord(out, "LANGUAGE_MAP")) {
+            const size_t close = text.find('}', i);
+            std::string map = text.substr(i, close == std::string::npos ? std::string::npos : close + 1 - i);
+            std::replace(map.begin(), map.end(), '\n', ' ');
+            std::replace(map.begin(), map.end(), '\r', ' ');
+            out += map + "\n";
+            if (close == std::string::npos)
+                break;
+            i = close;
+            continue;
+        }
+        if (quoted) {
+            out += c;
+            if (c == '\\' && i + 1 < text.size())
+                out += text[++i];
+            else if (c == '"')
+                quoted = false;
+        } else if (c == '"') {
+            quoted = true;
+            out += c;
+        } else if (c == '{') {
+            out += "{\n";
+        } else if (c == '}') {
+            out += "\n}\n";
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+} // namespace
+
 std::optional<RewrittenToc> rewriteToc(const fs::path &toc)
 {
-    const auto text = readSheet(toc);
-    if (!text)
+    const auto read = readSheet(toc);
+    if (!read)
         return std::nullopt;
+    const std::optional<std::string> text = spreadBraces(*read);
     const fs::path folder = toc.parent_path();
     RewrittenToc out;
     int track = 0;
