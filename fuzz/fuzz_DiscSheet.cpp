@@ -1,5 +1,6 @@
-// The text beside a disc image as the CD reader reads it: the same bytes once as a CUE sheet and
-// once as a cdrdao TOC. Nothing may crash, and what comes out keeps to what the reader promises.
+// The text beside a disc image as the CD reader reads it: the same bytes once as a CUE sheet
+// (scanned, and joined with the files it names) and once as a cdrdao TOC. Nothing may crash, and
+// what comes out keeps to what the reader promises.
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -21,21 +22,24 @@ void check(bool condition)
 }
 
 // One folder per process in memory, removed when the fuzzer exits; relative names in a sheet
-// resolve into it.
+// resolve into it, so a sheet can name the input itself as a sound file. The joined BIN lies
+// outside it: a sheet naming the BIN being written would grow it to the size limit.
 struct ScratchFolder {
     fs::path folder = fs::path("/dev/shm") / ("fuzz-discsheet-" + std::to_string(::getpid()));
+    fs::path bin = fs::path("/dev/shm") / ("fuzz-discsheet-" + std::to_string(::getpid()) + "-joined.bin");
     ScratchFolder() { fs::create_directories(folder); }
     ~ScratchFolder()
     {
         std::error_code ec;
         fs::remove_all(folder, ec);
+        fs::remove(bin, ec);
     }
 };
 
-const fs::path &scratchFolder()
+const ScratchFolder &scratch()
 {
-    static const ScratchFolder scratch;
-    return scratch.folder;
+    static const ScratchFolder folder;
+    return folder;
 }
 
 void writeFile(const fs::path &path, const char *data, size_t size)
@@ -55,7 +59,7 @@ void checkFacts(const platform::cdrom::SheetFacts &facts)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const fs::path &folder = scratchFolder();
+    const fs::path &folder = scratch().folder;
     const char *bytes = reinterpret_cast<const char *>(data);
 
     const fs::path cue = folder / "image.cue";
@@ -63,6 +67,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const auto facts = platform::cdrom::scanCue(cue);
     check(facts.has_value()); // a small readable file is always scanned
     checkFacts(*facts);
+    (void)platform::cdrom::cueReadsAsItStands(cue);
+    if (const auto joined = platform::cdrom::joinCue(cue, scratch().bin)) {
+        checkFacts(joined->facts);
+        std::error_code ec;
+        check(fs::file_size(scratch().bin, ec) % 2352 == 0 && !ec); // whole sectors only
+    }
 
     const fs::path toc = folder / "image.toc";
     writeFile(toc, bytes, size);

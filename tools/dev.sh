@@ -2,10 +2,11 @@
 # Installs what the program needs (Debian 12), builds it, then runs it or all its tests.
 #   tools/dev.sh run    build and start the program
 #   tools/dev.sh test   build and run unit tests, scenarios and the GUI smoke test, in that order
+#   tools/dev.sh package  build and make the Debian package in the build folder
 set -euo pipefail
 
 what=${1:-}
-case "$what" in run|test|build) ;; *) echo "usage: $0 run|test|build" >&2; exit 2 ;; esac
+case "$what" in run|test|build|package) ;; *) echo "usage: $0 run|test|build|package" >&2; exit 2 ;; esac
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BRASSWICK_BUILD_DIR:-$root/build}
@@ -21,7 +22,8 @@ packages=(build-essential cmake ninja-build pkg-config
           libcurl4-openssl-dev
           libgtest-dev libbenchmark-dev
           clang libclang-rt-14-dev
-          xvfb xauth x11-utils imagemagick qt6-qpa-plugins)
+          xvfb xauth x11-utils imagemagick qt6-qpa-plugins
+          dpkg-dev file lintian appstream desktop-file-utils xdg-utils)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -43,4 +45,6 @@ case "$what" in
     exec "$build/prog/brasswick" ;;
   test)
     exec "$root/tools/run-tests.sh" "$build" ;;
+  package)
+    cd "$build" && exec cpack -G DEB ;;
 esac

@@ -1,6 +1,11 @@
 #include <QApplication>
 #include <QDir>
 
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 #include "platform/Components.h"
 #include "platform/audio/RealPlayerComponents.h"
 #include "platform/cdrom/CdReaderComponent.h"
@@ -28,6 +33,29 @@
 #include "ui/qt/QtEventLoop.h"
 #include "ui/qt/QtFrontEnd.h"
 #include "ui/qt/QtMessageBoxes.h"
+
+namespace {
+
+// The program's folder: BRASSWICK_PROGRAM_DIR when it names a folder (the installed launcher
+// sets it, as /usr is not writable), else the executable's folder. Bytes are kept as they are.
+std::string programFolder()
+{
+    if (const char *named = std::getenv("BRASSWICK_PROGRAM_DIR"); named && *named) {
+        std::error_code error;
+        const std::filesystem::path folder(named);
+        if (std::filesystem::is_directory(folder, error)) {
+            std::string path = std::filesystem::absolute(folder, error).lexically_normal().string();
+            if (!error && !path.empty()) {
+                while (path.size() > 1 && path.back() == '/')
+                    path.pop_back();
+                return path;
+            }
+        }
+    }
+    return QDir(QApplication::applicationDirPath()).absolutePath().toStdString();
+}
+
+} // namespace
 
 // The program: real components where they exist, Qt for the screen, entry at the splash.
 int main(int argc, char **argv)
@@ -72,8 +100,8 @@ int main(int argc, char **argv)
     components.printer = [] { return platform::printer::makeQtCoverPrinter({}); };
     uiqt::QtMessageBoxes boxes;
     uiqt::QtDialogs dialogs;
-    // The program's folder is the folder of the executable: LocalJ/ lies beside it.
-    ui::AppContext app(loop, boxes, dialogs, components, QDir(QApplication::applicationDirPath()).absolutePath().toStdString());
+    // LocalJ/ and the program's other files lie in its folder.
+    ui::AppContext app(loop, boxes, dialogs, components, programFolder());
     uiqt::QtFrontEnd frontEnd(app);
     shell::registerShellWindows(app);
     layout::registerLayoutWindows(app);

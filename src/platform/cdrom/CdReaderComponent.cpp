@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <mutex>
 #include <system_error>
@@ -21,6 +22,7 @@
 #include <cdio/paranoia/paranoia.h>
 #include <cdio/read.h>
 #include <cdio/track.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include "ImageSheet.h"
@@ -144,7 +146,27 @@ void CdReaderComponent::CdioCloser::operator()(CdIo_t *p) const
     cdio_destroy(p);
 }
 
+struct CdReaderComponent::JoinedImage {
+    FileStamp sheetStamp;
+    std::vector<std::pair<fs::path, FileStamp>> files;
+    SheetFacts facts;
+    fs::path cue;
+    fs::path bin;
+    bool readable = false;
+
+    ~JoinedImage()
+    {
+        std::error_code ec;
+        if (!cue.empty())
+            fs::remove(cue, ec);
+        if (!bin.empty())
+            fs::remove(bin, ec);
+    }
+};
+
 struct CdReaderComponent::Disc {
+    // Before the handle: libcdio lets go of the joined files first.
+    std::shared_ptr<JoinedImage> joined;
     CdioPtr cdio;
     bool readable = false;
     FileStamp sheetStamp;
@@ -194,6 +216,11 @@ CdReaderComponent::~CdReaderComponent()
     m_reading.reset();
     m_disc.reset();
     m_deviceCdio.reset();
+    m_joined.clear();
+    if (!m_joinFolder.empty()) {
+        std::error_code ec;
+        fs::remove_all(m_joinFolder, ec);
+    }
 }
 
 // --- devices ------------------------------------------------------------------------------
@@ -435,17 +462,79 @@ std::unique_ptr<CdReaderComponent::Disc> CdReaderComponent::loadImage(const Devi
                 ::unlink(name.c_str());
             }
         }
-    } else {
+    } else if (cueReadsAsItStands(d.path)) {
         if (auto facts = scanCue(d.path)) {
             disc->facts = *facts;
             disc->cdio.reset(cdio_open_cue(d.path.c_str()));
         }
+    } else {
+        disc->joined = joinedImage(d);
+        disc->sheetStamp = disc->joined->sheetStamp;
+        disc->facts = disc->joined->facts;
+        disc->files = disc->joined->files;
+        if (disc->joined->readable)
+            disc->cdio.reset(cdio_open_cue(disc->joined->cue.c_str()));
     }
-    for (const fs::path &file : disc->facts.files)
-        disc->files.emplace_back(file, stampOf(file));
+    if (!disc->joined) {
+        for (const fs::path &file : disc->facts.files)
+            disc->files.emplace_back(file, stampOf(file));
+    }
     if (disc->cdio)
         fillContents(*disc);
     return disc;
+}
+
+std::shared_ptr<CdReaderComponent::JoinedImage> CdReaderComponent::joinedImage(const Device &d)
+{
+    // Stamps taken before the work: a file that changes meanwhile is joined again next time.
+    const FileStamp sheet = stampOf(d.path);
+    std::shared_ptr<JoinedImage> &entry = m_joined[d.path];
+    if (entry && entry->sheetStamp == sheet) {
+        bool same = true;
+        for (const auto &[file, stamp] : entry->files)
+            same = same && stampOf(file) == stamp;
+        if (same)
+            return entry;
+    }
+    auto joined = std::make_shared<JoinedImage>();
+    joined->sheetStamp = sheet;
+    if (const auto facts = scanCue(d.path)) {
+        joined->facts = *facts;
+        for (const fs::path &file : facts->files)
+            joined->files.emplace_back(file, stampOf(file));
+    }
+    if (m_joinFolder.empty()) {
+        std::error_code ec;
+        std::string folder = (fs::temp_directory_path(ec) / "cdreader-XXXXXX").string();
+        if (!ec && ::mkdtemp(folder.data()))
+            m_joinFolder = folder;
+    }
+    if (!m_joinFolder.empty() && !joined->facts.files.empty()) {
+        // libcdio reads the BIN named as its sheet, whatever the sheet says.
+        const std::string stem = std::to_string(++m_joinCount);
+        joined->cue = m_joinFolder / (stem + ".cue");
+        joined->bin = m_joinFolder / (stem + ".bin");
+        if (const auto sheetText = joinCue(d.path, joined->bin)) {
+            std::ofstream out(joined->cue, std::ios::binary | std::ios::trunc);
+            out << sheetText->text;
+            out.close();
+            joined->readable = static_cast<bool>(out);
+        }
+        if (!joined->readable) {
+            std::error_code ec;
+            fs::remove(joined->bin, ec);
+        }
+    }
+    entry = joined;
+    // Joined BINs are as big as discs: keep a few, and none a disc no longer uses beyond them.
+    constexpr size_t kept = 3;
+    for (auto it = m_joined.begin(); it != m_joined.end() && m_joined.size() > kept;) {
+        if (it->second != joined && it->second.use_count() == 1)
+            it = m_joined.erase(it);
+        else
+            ++it;
+    }
+    return joined;
 }
 
 std::unique_ptr<CdReaderComponent::Disc> CdReaderComponent::loadDrive(const Device &d)

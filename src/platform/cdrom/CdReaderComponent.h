@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -101,6 +102,9 @@ private:
         int64_t time = 0;
         bool operator==(const FileStamp &) const = default;
     };
+    // A CUE sheet libcdio can't read as it stands, joined into a temporary sheet and BIN; kept
+    // while the sheet and its files stay as they were, removed with the last disc using it.
+    struct JoinedImage;
 
     void listDevices();
     const Device *openDevice() const;
@@ -110,6 +114,7 @@ private:
     Disc *currentDisc();
     void dropDisc();
     std::unique_ptr<Disc> loadImage(const Device &d);
+    std::shared_ptr<JoinedImage> joinedImage(const Device &d);
     std::unique_ptr<Disc> loadDrive(const Device &d);
     void fillContents(Disc &disc);
     int32_t presentButUnreadableId() const;
@@ -120,6 +125,10 @@ private:
     rt::EventLoop &m_loop;
     ReaderOptions m_options;
     std::vector<Device> m_devices;
+    // Per sheet; their files live in a folder of our own under the system's temporary folder.
+    std::map<std::filesystem::path, std::shared_ptr<JoinedImage>> m_joined;
+    std::filesystem::path m_joinFolder;
+    int m_joinCount = 0;
 
     int32_t m_deviceId = 0;
     int m_deviceType = 0;

@@ -1,5 +1,7 @@
 #include "ImageSheet.h"
 
+#include "SheetAudio.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -31,7 +33,11 @@ std::optional<std::string> readSheet(const fs::path &file)
         return std::nullopt;
     std::ostringstream s;
     s << in.rdbuf();
-    return s.str();
+    std::string text = s.str();
+    // A byte order mark would hide the first line's keyword.
+    if (text.rfind("\xEF\xBB\xBF", 0) == 0)
+        text.erase(0, 3);
+    return text;
 }
 
 std::vector<std::string> lines(const std::string &text)
@@ -143,6 +149,44 @@ std::string quote(const std::string &s)
     return out + "\"";
 }
 
+struct CueFile {
+    fs::path path;
+    std::string type;  // upper case; empty when the sheet gives none
+};
+
+// The file of a FILE line; a name left unquoted may hold spaces.
+std::optional<CueFile> cueFileOf(const std::vector<Token> &t, const fs::path &folder)
+{
+    if (t.size() < 2)
+        return std::nullopt;
+    std::string name = t[1].text;
+    size_t typeAt = 2;
+    if (!t[1].quoted && t.size() > 3) {
+        for (size_t i = 2; i + 1 < t.size(); ++i)
+            name += " " + t[i].text;
+        typeAt = t.size() - 1;
+    }
+    if (name.empty())
+        return std::nullopt;
+    CueFile f;
+    f.path = name;
+    if (f.path.is_relative())
+        f.path = folder / f.path;
+    if (typeAt < t.size())
+        f.type = upper(t[typeAt].text);
+    return f;
+}
+
+bool isRawFile(const CueFile &f)
+{
+    if (f.type == "BINARY" || f.type == "MOTOROLA")
+        return true;
+    if (!f.type.empty())
+        return false;
+    const std::string ext = upper(f.path.extension().string());
+    return ext != ".WAV" && ext != ".WAVE" && ext != ".AIF" && ext != ".AIFF" && ext != ".FLAC";
+}
+
 } // namespace
 
 std::optional<SheetFacts> scanCue(const fs::path &cue)
@@ -162,12 +206,11 @@ std::optional<SheetFacts> scanCue(const fs::path &cue)
         if (t.empty())
             continue;
         const std::string key = upper(t[0].text);
-        if (key == "FILE" && t.size() >= 3) {
-            fs::path file = t[1].text;
-            if (file.is_relative())
-                file = cue.parent_path() / file;
-            facts.files.push_back(file);
-            fileBigEndian = upper(t.back().text) == "MOTOROLA";
+        if (key == "FILE") {
+            if (const auto file = cueFileOf(t, cue.parent_path())) {
+                facts.files.push_back(file->path);
+                fileBigEndian = file->type == "MOTOROLA";
+            }
         } else if (key == "TRACK" && t.size() >= 2) {
             const auto n = number(t[1].text);
             track = n ? static_cast<int>(*n) : track + 1;
@@ -188,6 +231,95 @@ std::optional<SheetFacts> scanCue(const fs::path &cue)
     if (ours && remSectors && *remSectors > 0)
         facts.lastTrackSectors = remSectors;
     return facts;
+}
+
+bool cueReadsAsItStands(const fs::path &cue)
+{
+    const auto text = readSheet(cue);
+    if (!text)
+        return false;
+    std::optional<CueFile> only;
+    for (const std::string &line : lines(*text)) {
+        const auto t = tokens(line);
+        if (t.empty() || upper(t[0].text) != "FILE")
+            continue;
+        if (only)
+            return false;
+        only = cueFileOf(t, cue.parent_path());
+        if (!only)
+            return true;  // libcdio refuses it as we would
+    }
+    if (!only)
+        return true;
+    if (only->type != "BINARY" && only->type != "MOTOROLA")
+        return false;
+    // libcdio's own name for the BIN: the sheet's extension, "cue" turned "bin" letter by letter.
+    std::string ext = cue.extension().string();
+    for (char &c : ext) {
+        const char lower = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        const char to = lower == 'c' ? 'b' : lower == 'u' ? 'i' : lower == 'e' ? 'n' : lower;
+        c = std::isupper(static_cast<unsigned char>(c)) ? static_cast<char>(std::toupper(to)) : to;
+    }
+    fs::path own = cue;
+    own.replace_extension(ext);
+    if (only->path.lexically_normal() == own.lexically_normal())
+        return true;
+    std::error_code ec;
+    return fs::equivalent(only->path, own, ec);
+}
+
+std::optional<JoinedCue> joinCue(const fs::path &cue, const fs::path &bin)
+{
+    // No image holds more than this; a sheet naming more is no disc.
+    constexpr long maxSectors = 100L * 60 * framesPerSecond;
+    const auto text = readSheet(cue);
+    const auto facts = scanCue(cue);
+    if (!text || !facts)
+        return std::nullopt;
+    std::ofstream out(bin, std::ios::binary | std::ios::trunc);
+    if (!out)
+        return std::nullopt;
+    const fs::path folder = cue.parent_path();
+    JoinedCue joined;
+    joined.facts = *facts;
+    long fileStart = 0;
+    long fileSectors = -1;  // none before the first FILE line
+    long nextStart = 0;
+    for (const std::string &line : lines(*text)) {
+        const auto t = tokens(line);
+        const std::string key = t.empty() ? std::string() : upper(t[0].text);
+        const std::string indent = line.substr(0, line.find_first_not_of(" \t"));
+        if (key == "FILE") {
+            const auto file = cueFileOf(t, folder);
+            if (!file)
+                return std::nullopt;
+            const std::uint64_t room = static_cast<std::uint64_t>(maxSectors - nextStart) * bytesPerFrame;
+            const auto bytes = isRawFile(*file) ? appendRawFile(file->path, out, room) : appendSoundFile(file->path, out, room);
+            if (!bytes)
+                return std::nullopt;
+            // Each file starts on a sector of its own.
+            const std::uint64_t pad = (bytesPerFrame - *bytes % bytesPerFrame) % bytesPerFrame;
+            out << std::string(pad, '\0');
+            if (fileSectors < 0)
+                joined.text += indent + "FILE " + quote(bin.string()) + " BINARY\n";
+            fileStart = nextStart;
+            fileSectors = static_cast<long>((*bytes + pad) / bytesPerFrame);
+            nextStart = fileStart + fileSectors;
+        } else if (key == "INDEX") {
+            const auto frames = t.size() >= 3 ? msfFrames(t[2].text) : std::nullopt;
+            if (!frames || fileSectors < 0 || *frames >= fileSectors)
+                return std::nullopt;
+            joined.text += indent + "INDEX " + t[1].text + " " + msf(fileStart + *frames) + "\n";
+        } else if (key == "CDTEXTFILE" && t.size() >= 2 && fs::path(t[1].text).is_relative()) {
+            joined.text += indent + "CDTEXTFILE " + quote((folder / t[1].text).string()) + "\n";
+        } else {
+            joined.text += line + "\n";
+        }
+    }
+    out.close();
+    if (!out || fileSectors < 0)
+        return std::nullopt;
+    return joined;
 }
 
 namespace {

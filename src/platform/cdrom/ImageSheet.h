@@ -27,6 +27,21 @@ struct SheetFacts {
 // Reads the facts of a CUE sheet; nullopt when the file can't be read.
 std::optional<SheetFacts> scanCue(const std::filesystem::path &cue);
 
+// Whether libcdio reads a CUE sheet as it stands: one BINARY or MOTOROLA file, named as the sheet
+// with "bin" for "cue" (libcdio reads that file, whatever name the sheet gives).
+bool cueReadsAsItStands(const std::filesystem::path &cue);
+
+// A CUE sheet of other files (a wave per track or per disc, a BIN per track, a BIN of another
+// name) joined into the raw BIN `bin`: each file's sectors one after another, decoded to CD audio
+// where they are sound and padded to whole sectors, the INDEX times moved to where each file now
+// starts. The sheet's other lines stay as they were. Nullopt when a file is missing, can't be
+// read or is shorter than its INDEX times.
+struct JoinedCue {
+    std::string text;
+    SheetFacts facts;
+};
+std::optional<JoinedCue> joinCue(const std::filesystem::path &cue, const std::filesystem::path &bin);
+
 // A cdrdao TOC file turned into one libcdio opens: file names made absolute (libcdio takes
 // them from the working folder), SWAP taken off (it refuses it; the swap is noted in the facts,
 // and cdrdao's raw audio is big-endian unless swapped), byte offsets and sample counts turned

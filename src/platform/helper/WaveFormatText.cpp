@@ -79,7 +79,8 @@ std::optional<WaveFormat> parseWaveFormatText(const std::string &text)
 {
     static const std::regex shape(R"(^(.+?), (\d{1,6}) Hz, (?:(\d{1,2}) bit, )?(mono|stereo)$)");
     std::smatch m;
-    if (!std::regex_match(text, m, shape))
+    // No name is that long, and the match recurses once a character: a long text overflows the stack.
+    if (text.size() > 64 || !std::regex_match(text, m, shape))
         return std::nullopt;
     WaveFormat f;
     f.formatTag = 0;

@@ -108,7 +108,8 @@ std::optional<int64_t> parseMsf(std::string_view text)
     const auto m = number(text.substr(0, c1));
     const auto s = number(text.substr(c1 + 1, c2 - c1 - 1));
     const auto f = number(text.substr(c2 + 1));
-    if (!m || !s || !f || *s >= 60 || *f >= sectorsPerSecond)
+    // No image of ours is near 100000 minutes; more would only overflow.
+    if (!m || !s || !f || *m >= 100000 || *s >= 60 || *f >= sectorsPerSecond)
         return std::nullopt;
     return (*m * 60 + *s) * sectorsPerSecond + *f;
 }

@@ -1,9 +1,12 @@
 // The real CD reader on disc images the tests write: tables of contents, flags, CD-Text, ISRC and
 // disc ids; copies through the real chain checked against the image and against cd-paranoia;
-// damaged images; and a round trip through the Image Recorder.
+// damaged images; a round trip through the Image Recorder; and sheets of wave files or of a BIN
+// per track, which the reader joins into one image first.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -581,4 +584,247 @@ TEST_F(ReaderTest, WhatTheImageRecorderBurnsCopiesBackUnchanged)
         }
     }
     EXPECT_TRUE(chain.errors.empty());
+}
+
+// --- sheets of other files --------------------------------------------------------------------
+
+namespace {
+
+// A wave of `frames` frames of 16-bit PCM; the samples written, interleaved.
+std::vector<short> writeWave(const fs::path &file, int rate, int channels, int64_t frames, unsigned seed)
+{
+    std::vector<short> samples(static_cast<size_t>(frames * channels));
+    uint32_t noise = seed * 2654435761u + 7;
+    for (int64_t i = 0; i < frames; ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        const double t = static_cast<double>(i) / rate;
+        for (int c = 0; c < channels; ++c)
+            samples[static_cast<size_t>(i * channels + c)] =
+                static_cast<short>(8000 * std::sin(2 * M_PI * (300 + 100 * seed + 50 * c) * t) + static_cast<int>(noise >> 25) - 64);
+    }
+    SF_INFO info{};
+    info.channels = channels;
+    info.samplerate = rate;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE *f = sf_open(file.c_str(), SFM_WRITE, &info);
+    if (!f)
+        return {};
+    sf_writef_short(f, samples.data(), frames);
+    sf_close(f);
+    return samples;
+}
+
+std::vector<char> littleEndian(const std::vector<short> &samples)
+{
+    std::vector<char> bytes;
+    for (short s : samples) {
+        const auto u = static_cast<uint16_t>(s);
+        bytes.push_back(static_cast<char>(u & 0xFF));
+        bytes.push_back(static_cast<char>(u >> 8));
+    }
+    return bytes;
+}
+
+std::vector<fs::path> filesIn(const fs::path &folder)
+{
+    std::vector<fs::path> out;
+    for (const auto &e : fs::recursive_directory_iterator(folder))
+        out.push_back(e.path().filename());
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+// Points the system's temporary folder at one of the test's own while it lives.
+class TempFolderOf {
+public:
+    explicit TempFolderOf(const fs::path &folder)
+    {
+        if (const char *old = std::getenv("TMPDIR"))
+            m_old = old;
+        fs::create_directories(folder);
+        setenv("TMPDIR", folder.c_str(), 1);
+    }
+    ~TempFolderOf()
+    {
+        if (m_old)
+            setenv("TMPDIR", m_old->c_str(), 1);
+        else
+            unsetenv("TMPDIR");
+    }
+
+private:
+    std::optional<std::string> m_old;
+};
+
+// Three waves as a ripper writes them: the first and second not whole sectors long, the second
+// with its pregap at its start, the third 22050 Hz mono.
+const std::string waveSheet = "REM GENRE Rock\n"
+                              "PERFORMER \"The Band\"\n"
+                              "TITLE \"Waves\"\n"
+                              "FILE \"one.wav\" WAVE\n"
+                              "  TRACK 01 AUDIO\n"
+                              "    TITLE \"First\"\n"
+                              "    PERFORMER \"Singer One\"\n"
+                              "    ISRC GBAYE0000001\n"
+                              "    INDEX 01 00:00:00\n"
+                              "FILE \"two.wav\" WAVE\n"
+                              "  TRACK 02 AUDIO\n"
+                              "    TITLE \"Second\"\n"
+                              "    FLAGS DCP PRE\n"
+                              "    ISRC GBAYE0000002\n"
+                              "    INDEX 00 00:00:00\n"
+                              "    INDEX 01 00:00:10\n"
+                              "FILE \"three.wav\" WAVE\n"
+                              "  TRACK 03 AUDIO\n"
+                              "    TITLE \"Third\"\n"
+                              "    INDEX 01 00:00:00\n";
+
+} // namespace
+
+TEST_F(ReaderTest, ACueOfWaveFilesReadsAsItsTracksAndCopiesTheirPcm)
+{
+    const fs::path systemTemp = tmp / "system-temp";
+    TempFolderOf temp(systemTemp);
+    writeWave(images() / "one.wav", 44100, 2, 100 * 588 + 100, 1);
+    const auto two = littleEndian(writeWave(images() / "two.wav", 44100, 2, 150 * 588 + 300, 2));
+    writeWave(images() / "three.wav", 22050, 1, 80 * 294, 3);
+    writeFile(images() / "waves.cue", waveSheet);
+    {
+        auto r = openOnly();
+        EXPECT_EQ(r->Status(), CdReader::StatusReady);
+        ASSERT_TRUE(r->ReadContents());
+        ASSERT_EQ(r->TracksCount(), 3);
+        // Each wave on whole sectors of its own: 101, 151 and 80 sectors.
+        const int32_t starts[] = {0, 111, 252};
+        const int32_t lengths[] = {101, 141, 80};
+        for (int i = 0; i < 3; ++i) {
+            const auto t = r->TracksItem(i);
+            EXPECT_EQ(t.Start, starts[i]) << "track " << i + 1;
+            EXPECT_EQ(t.Length, lengths[i]) << "track " << i + 1;
+            EXPECT_TRUE(t.IsAudio);
+            EXPECT_EQ(t.PreEmphasis, i == 1) << "track " << i + 1;
+            EXPECT_FALSE(t.CopyProtected);
+        }
+        ASSERT_TRUE(r->HasCDText());
+        const auto text = r->CDText();
+        ASSERT_GE(text.size(), 4u);
+        EXPECT_EQ(text[0].Title, "Waves");
+        EXPECT_EQ(text[1].Title, "First");
+        EXPECT_EQ(text[2].Title, "Second");
+        EXPECT_EQ(text[3].Title, "Third");
+        EXPECT_EQ(r->ReadISRC(1), "GBAYE0000001");
+        EXPECT_EQ(r->ReadISRC(2), "GBAYE0000002");
+        EXPECT_EQ(r->ReadISRC(3), "");
+
+        // Track 2 is the wave after its pregap, then silence to the sector's end.
+        std::vector<char> expected(two.begin() + 10 * sectorBytes, two.end());
+        expected.resize(141 * sectorBytes, 0);
+        CopyChain chain(loop, *r);
+        for (int mode : {CdReader::cmBurst, CdReader::cmSectorSync}) {
+            r->setCopyMode(mode);
+            const auto pcm = chain.copy(111, 141, tmp / "two-copy.wav");
+            EXPECT_TRUE(pcm == expected) << "mode " << mode;
+        }
+        r->SelectRange(0, 101);
+        EXPECT_EQ(r->openSource().artist, "Singer One");
+        r->closeSource();
+        EXPECT_TRUE(chain.errors.empty()) << chain.errors.front();
+
+        // Closed and opened again: the same joined image, no work.
+        r->Close();
+        r->Open();
+        ASSERT_TRUE(r->ReadContents());
+        EXPECT_EQ(r->TracksItem(2).Length, 80);
+        // A wave that changes is joined again.
+        writeWave(images() / "three.wav", 22050, 1, 40 * 294, 4);
+        ASSERT_TRUE(r->ReadContents());
+        EXPECT_EQ(r->TracksItem(2).Length, 40);
+    }
+    // Nothing was written beside the sheet, and the temporary files went with the reader.
+    EXPECT_EQ(filesIn(images()), (std::vector<fs::path>{"one.wav", "three.wav", "two.wav", "waves.cue"}));
+    EXPECT_TRUE(filesIn(systemTemp).empty());
+}
+
+TEST_F(ReaderTest, ACueOfABinPerTrackReadsAsOneDisc)
+{
+    // libcdio reads only the BIN named as the sheet: one per track, or one of another name, are
+    // joined first.
+    const std::vector<char> a = makePcm(120, 440, 1);
+    const std::vector<char> b = makePcm(90, 554, 2);
+    writeBytes(images() / "Track 1.bin", a);
+    writeBytes(images() / "Track 2.bin", swapped(b));
+    writeFile(images() / "split.cue", "TITLE \"Split\"\n"
+                                      "FILE \"Track 1.bin\" BINARY\n"
+                                      "  TRACK 01 AUDIO\n"
+                                      "    TITLE \"One\"\n"
+                                      "    INDEX 01 00:00:00\n"
+                                      "FILE \"Track 2.bin\" MOTOROLA\n"
+                                      "  TRACK 02 AUDIO\n"
+                                      "    TITLE \"Two\"\n"
+                                      "    FLAGS PRE\n"
+                                      "    INDEX 00 00:00:00\n"
+                                      "    INDEX 01 00:00:10\n");
+    auto r = openOnly();
+    ASSERT_TRUE(r->ReadContents());
+    ASSERT_EQ(r->TracksCount(), 2);
+    EXPECT_EQ(r->TracksItem(0).Start, 0);
+    EXPECT_EQ(r->TracksItem(0).Length, 120);
+    EXPECT_EQ(r->TracksItem(1).Start, 130);
+    EXPECT_EQ(r->TracksItem(1).Length, 80);
+    EXPECT_TRUE(r->TracksItem(1).PreEmphasis);
+    EXPECT_EQ(r->CDText()[2].Title, "Two");
+    CopyChain chain(loop, *r);
+    EXPECT_TRUE(chain.copy(0, 120, tmp / "one.wav") == a);
+    EXPECT_TRUE(chain.copy(130, 80, tmp / "two.wav") == slice(b, 10, 80));
+    EXPECT_TRUE(chain.errors.empty()) << chain.errors.front();
+
+    // One BIN of another name than the sheet's.
+    r.reset();
+    fs::remove(images() / "split.cue");
+    writeBytes(images() / "Album.bin", b);
+    writeFile(images() / "named.cue", "FILE \"Album.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n");
+    r = openOnly();
+    ASSERT_TRUE(r->ReadContents());
+    ASSERT_EQ(r->TracksCount(), 1);
+    EXPECT_EQ(r->TracksItem(0).Length, 90);
+    CopyChain again(loop, *r);
+    EXPECT_TRUE(again.copy(0, 90, tmp / "album.wav") == b);
+}
+
+TEST_F(ReaderTest, ACueWhoseWaveIsMissingOrDamagedIsADiscWithoutContents)
+{
+    writeWave(images() / "one.wav", 44100, 2, 100 * 588, 1);
+    writeWave(images() / "three.wav", 22050, 1, 80 * 294, 3);
+    writeFile(images() / "waves.cue", waveSheet);
+    auto r = openOnly();
+    EXPECT_EQ(r->Status(), CdReader::StatusReady);
+    EXPECT_TRUE(r->DiscPresent());
+    EXPECT_FALSE(r->ReadContents());
+    EXPECT_EQ(r->TracksCount(), 0);
+    EXPECT_NE(r->DiscId(), 0);
+    r->SelectRange(0, 100);
+    EXPECT_THROW(r->openSource(), rt::RuntimeError);
+
+    // The wave comes: the disc reads.
+    writeWave(images() / "two.wav", 44100, 2, 150 * 588, 2);
+    ASSERT_TRUE(r->ReadContents());
+    EXPECT_EQ(r->TracksCount(), 3);
+
+    // Cut short, its pregap's sectors gone, garbage, empty.
+    fs::resize_file(images() / "two.wav", 20000);
+    EXPECT_FALSE(r->ReadContents());
+    writeWave(images() / "two.wav", 44100, 2, 5 * 588, 2);
+    EXPECT_FALSE(r->ReadContents()) << "INDEX 01 00:00:10 lies past a wave of 5 sectors";
+    std::string noise = "RIFF";
+    for (int i = 0; i < 5000; ++i)
+        noise += static_cast<char>((i * 7919) % 251);
+    writeFile(images() / "two.wav", noise);
+    EXPECT_FALSE(r->ReadContents());
+    writeFile(images() / "two.wav", "");
+    EXPECT_FALSE(r->ReadContents());
+    // A wave that is no file.
+    fs::remove(images() / "two.wav");
+    fs::create_directory(images() / "two.wav");
+    EXPECT_FALSE(r->ReadContents());
+    EXPECT_TRUE(r->DiscPresent());
 }
