@@ -17,7 +17,8 @@ Control::Control(Window &owner, std::string name, int index)
 
 Control::~Control()
 {
-    m_owner.removeControl(*this);
+    if (!m_orphaned)
+        m_owner.removeControl(*this);
 }
 
 std::string Control::fullName() const

@@ -87,7 +87,10 @@ protected:
     static int parseInt(const std::string &text);
 
 private:
+    friend class Window;
     Window &m_owner;
+    // Its window went first (a control that isn't one of the window's members).
+    bool m_orphaned = false;
     std::string m_name;
     int m_index;
     bool m_enabled = true;

@@ -11,7 +11,12 @@ Window::Window(AppContext &app, std::string name)
 {
 }
 
-Window::~Window() = default;
+Window::~Window()
+{
+    // The window's own controls are gone by now; any left belong to someone else and outlive it.
+    for (Control *c : m_controls)
+        c->m_orphaned = true;
+}
 
 void Window::Show()
 {

@@ -59,8 +59,11 @@ public:
     }
     // The output re-times its end when a seek moves the position under it.
     std::function<void()> PositionMoved;
+    // Gone with the decoder: a window may drop its decoder before its output.
+    std::weak_ptr<int> aliveToken() const { return m_alive; }
 
 private:
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0);
     std::string m_fileName;
     int32_t m_startPosition = 0;
     int64_t m_playingSince = -1;
@@ -74,7 +77,7 @@ public:
     ~FakeWaveOut() override
     {
         stopTimer();
-        if (m_decoder)
+        if (m_decoder && !m_decoderAlive.expired())
             m_decoder->PositionMoved = nullptr;
     }
     void setBufferSize(int v) override { record("BufferSize", v); }
@@ -93,6 +96,7 @@ public:
         if (!fs::is_regular_file(rt::nativePath(decoder->FileName()), ec))
             rt::raise(rt::ErrFileNotFound);
         m_decoder = decoder;
+        m_decoderAlive = decoder->aliveToken();
         m_open = true;
     }
     void Start() override
@@ -171,6 +175,7 @@ private:
 
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
     FakeMp3Decoder *m_decoder = nullptr;
+    std::weak_ptr<int> m_decoderAlive;
     bool m_open = false;
     bool m_playing = false;
     int m_timer = 0;
