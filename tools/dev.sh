@@ -1,15 +1,29 @@
 #!/usr/bin/env bash
 # Installs what the program needs (Debian 12), builds it, then runs it or all its tests.
 #   tools/dev.sh run    build and start the program
-#   tools/dev.sh test   build and run unit tests, scenarios and the GUI smoke test, in that order
+#   tools/dev.sh test   build and run unit tests, scenarios, the GUI smoke test and, as root, the
+#                       package test (it installs the package, starts it and removes it), in order
+#   tools/dev.sh sanitize [unit] [scenario]
+#                       build without the GUI under AddressSanitizer and UndefinedBehaviorSanitizer
+#                       in build-asan and run the unit and integration tests and the scenarios
+#                       (or the groups named); any finding fails the test it happens in
 #   tools/dev.sh package  build and make the Debian package in the build folder
 set -euo pipefail
 
 what=${1:-}
-case "$what" in run|test|build|package) ;; *) echo "usage: $0 run|test|build|package" >&2; exit 2 ;; esac
+case "$what" in run|test|build|package|sanitize) ;; *) echo "usage: $0 run|test|build|package|sanitize" >&2; exit 2 ;; esac
+shift
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BRASSWICK_BUILD_DIR:-$root/build}
+configuration=(-DBRASSWICK_PACKAGE_TEST=ON)
+targets=()
+if [ "$what" = sanitize ]; then
+  build=${BRASSWICK_SANITIZE_BUILD_DIR:-$root/build-asan}
+  configuration=(-DBRASSWICK_SANITIZE=ON -DBRASSWICK_BUILD_GUI=OFF -DBRASSWICK_BUILD_BENCH=OFF)
+  # The scenarios alone need only the scenario driver.
+  [ "$*" = scenario ] && targets=(--target scenario)
+fi
 
 packages=(build-essential cmake ninja-build pkg-config
           qt6-base-dev libgl-dev
@@ -36,15 +50,23 @@ if [ ${#missing[@]} -gt 0 ]; then
   $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}"
 fi
 
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$build" -j"$(nproc)"
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${configuration[@]}" >/dev/null
+cmake --build "$build" -j"$(nproc)" "${targets[@]}"
 
 case "$what" in
   build) ;;
   run)
     exec "$build/prog/brasswick" ;;
   test)
-    exec "$root/tools/run-tests.sh" "$build" ;;
+    exec "$root/tools/run-tests.sh" "$build" unit scenario gui package ;;
+  sanitize)
+    # Leaks count too; the fuzz corpus replay is left out, being an address-sanitized build of
+    # its own that the plain test run already makes.
+    export ASAN_OPTIONS=detect_leaks=1:halt_on_error=1
+    export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+    export LSAN_OPTIONS=suppressions=$root/tools/lsan.supp:print_suppressions=0
+    export TESTS_EXCLUDED='^unit\.fuzz\.corpus$'
+    exec "$root/tools/run-tests.sh" "$build" "${@:-unit scenario}" ;;
   package)
     cd "$build" && exec cpack -G DEB ;;
 esac

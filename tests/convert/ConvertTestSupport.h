@@ -16,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CommandOutput.h"
 #include "MediaTestSupport.h"
 #include "platform/Components.h"
 #include "platform/media/RealMediaComponents.h"
@@ -158,16 +159,8 @@ struct SoxInfo {
 
 inline std::string runForOutput(const std::string &command)
 {
-    std::string out;
-    if (FILE *p = ::popen(command.c_str(), "r")) {
-        char buffer[512];
-        size_t n = 0;
-        while ((n = std::fread(buffer, 1, sizeof buffer, p)) > 0)
-            out.append(buffer, n);
-        if (::pclose(p) != 0)
-            out.clear();
-    }
-    return out;
+    const testsupport::CommandOutput result = testsupport::runCommand(command);
+    return result.succeeded ? result.text : std::string();
 }
 
 inline SoxInfo soxInfo(const std::string &path)

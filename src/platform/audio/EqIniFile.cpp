@@ -19,12 +19,13 @@ namespace {
 constexpr std::uintmax_t MaxFileBytes = 1 << 20;
 constexpr int MaxBands = 1000;
 
+// Carriage returns count as blanks, so a line reads the same however many a DOS editor left.
 std::string trimmed(const std::string &s)
 {
-    const auto first = s.find_first_not_of(" \t");
+    const auto first = s.find_first_not_of(" \t\r");
     if (first == std::string::npos)
         return {};
-    const auto last = s.find_last_not_of(" \t");
+    const auto last = s.find_last_not_of(" \t\r");
     return s.substr(first, last - first + 1);
 }
 
@@ -52,16 +53,14 @@ std::optional<std::string> readText(const std::filesystem::path &file)
     return text;
 }
 
+// Lines as they stand, carriage returns kept, so a rewrite copies other sections byte for byte.
 std::vector<std::string> linesOf(const std::string &text)
 {
     std::vector<std::string> lines;
     std::istringstream in(text);
     std::string line;
-    while (std::getline(in, line)) {
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
+    while (std::getline(in, line))
         lines.push_back(line);
-    }
     return lines;
 }
 

@@ -125,8 +125,10 @@ int64_t fifoBytes(int fifoBufferCount, int sectorsPerBuffer)
     const int64_t count = fifoBufferCount > 0 ? fifoBufferCount : defaultFifoBufferCount;
     const int64_t sectors = sectorsPerBuffer > 0 ? sectorsPerBuffer : defaultSectorsPerBuffer;
     constexpr int64_t most = 128LL * 1024 * 1024;
-    // Each factor is capped first so that the product can't overflow.
-    return std::min(std::min(count, most) * std::min(sectors, most) * sectorBytes, most);
+    // Capped step by step so that no product can overflow: at most 2^54 sectors, and then no
+    // more sectors than the cap's bytes hold.
+    const int64_t allSectors = std::min(count, most) * std::min(sectors, most);
+    return std::min(std::min(allSectors, most / sectorBytes + 1) * sectorBytes, most);
 }
 
 std::vector<std::string> wodimWriteArguments(const WodimSettings &s, const std::string &waveFile)

@@ -2,13 +2,13 @@
 // tool, judged by what gm itself reads and computes.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
 
+#include "CommandOutput.h"
 #include "platform/imaging/GmImageControl.h"
 
 namespace fs = std::filesystem;
@@ -18,18 +18,7 @@ namespace {
 
 std::string run(const std::string &command)
 {
-    std::string out;
-    FILE *p = ::popen(command.c_str(), "r");
-    if (!p)
-        return out;
-    std::array<char, 4096> buf {};
-    size_t n;
-    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0)
-        out.append(buf.data(), n);
-    ::pclose(p);
-    while (!out.empty() && (out.back() == '\n' || out.back() == '\r'))
-        out.pop_back();
-    return out;
+    return testsupport::runCommand(command).line();
 }
 
 class GmImageControlTest : public ::testing::Test {
@@ -198,8 +187,9 @@ TEST_F(GmImageControlTest, AFailedSaveLeavesTheOldFile)
     im->setFileName(png);
     im->setSaveFileName((locked / "old.bmp").string());
     im->SaveFile();
-    if (::geteuid() != 0)
+    if (::geteuid() != 0) {
         EXPECT_EQ(im->ImagError(), ImagCannotCreate);
+    }
     fs::permissions(locked, fs::perms::owner_all);
     if (im->ImagError() != 0) {
         std::ifstream in(locked / "old.bmp");

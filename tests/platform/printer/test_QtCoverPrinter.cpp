@@ -1,12 +1,12 @@
 // Covers printed to PDF, measured by poppler's pdfinfo and pdfimages.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <random>
 #include <sstream>
 
+#include "CommandOutput.h"
 #include "platform/printer/QtCoverPrinter.h"
 
 namespace fs = std::filesystem;
@@ -16,16 +16,7 @@ namespace {
 
 std::string run(const std::string &command)
 {
-    std::string out;
-    FILE *p = ::popen(command.c_str(), "r");
-    if (!p)
-        return out;
-    std::array<char, 4096> buf {};
-    size_t n;
-    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0)
-        out.append(buf.data(), n);
-    ::pclose(p);
-    return out;
+    return testsupport::runCommand(command).text;
 }
 
 ImagePixels picture(int w, int h)

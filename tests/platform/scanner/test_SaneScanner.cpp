@@ -2,6 +2,8 @@
 // test's own.
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -23,6 +25,9 @@ protected:
         fs::create_directories(config);
         std::ofstream(config / "dll.conf") << "test\n";
         ::setenv("SANE_CONFIG_DIR", config.c_str(), 1);
+        // The test backend leaks a 64 KiB buffer of its own on every scan. Kept loaded after
+        // sane_exit, it stays named in the leak report, where the suppression file finds it.
+        ::dlopen(SANE_TEST_BACKEND, RTLD_NOW | RTLD_NODELETE);
     }
     static void TearDownTestSuite()
     {
@@ -45,8 +50,9 @@ TEST_F(SaneScannerTest, ListsTheTestBackendsDevices)
     EXPECT_EQ(sources.front().rfind("test:", 0), 0u);
     EXPECT_EQ(s->currentSource(), sources.front());
     EXPECT_EQ(s->SelectSource(), 0);
-    if (sources.size() > 1)
+    if (sources.size() > 1) {
         EXPECT_EQ(s->currentSource(), sources[1]);
+    }
 }
 
 TEST_F(SaneScannerTest, AScanLandsInTheWorkFile)

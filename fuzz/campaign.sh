@@ -1,0 +1,37 @@
+#!/bin/sh
+# A fuzzing campaign: each target named (all by default) runs until it has executed RUNS inputs
+# (10 million unless told), growing its own corpus under the build folder, which is kept, so a
+# later campaign starts where this one ended. Each target's libFuzzer output goes to
+# CAMPAIGN/TARGET.log and one line of figures is printed per target; a crash, leak or timeout
+# leaves its input in CAMPAIGN and makes the script fail.
+#   fuzz/campaign.sh [TARGET...]      RUNS=10000000 JOBS=1 BUILD_DIR=build-fuzz
+set -eu
+here=$(cd "$(dirname "$0")" && pwd)
+build=${BUILD_DIR:-$here/../build-fuzz}
+runs=${RUNS:-10000000}
+campaign=$build/campaign
+
+cmake -S "$here" -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$build" -j "${JOBS:-2}" >/dev/null
+
+targets=${*:-fuzz_cIDV3 fuzz_FrameScan fuzz_TextFile fuzz_Settings fuzz_Catalogue fuzz_DiscSheet fuzz_ImageCue fuzz_EqIni fuzz_WaveFormatRecord}
+failed=0
+for target in $targets; do
+    corpus=$campaign/$target
+    mkdir -p "$corpus"
+    cp -n "$here/corpus/$target"/* "$corpus"/
+    start=$(date +%s)
+    # 10 s for one input is a hang; 2 GB is more than any of these readers may take.
+    if "$build/$target" -runs="$runs" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+           -artifact_prefix="$campaign/$target-" "$corpus" >"$campaign/$target.log" 2>&1; then
+        result="no finding"
+    else
+        result="FINDING, see $campaign/$target.log"
+        failed=1
+    fi
+    seconds=$(( $(date +%s) - start ))
+    executed=$(sed -n 's/^stat::number_of_executed_units: *//p' "$campaign/$target.log")
+    pace=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$campaign/$target.log")
+    echo "$target: ${executed:-?} executions in $seconds s (${pace:-?} a second), corpus of $(ls "$corpus" | wc -l) inputs: $result"
+done
+exit $failed
