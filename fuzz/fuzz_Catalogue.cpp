@@ -6,13 +6,14 @@
 #include <string>
 #include <unistd.h>
 
+#include "ScratchFolder.h"
 #include "addons/Catalogue.h"
 #include "addons/STRINGOPS.h"
 #include "runtime/RuntimeError.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static const std::string path = "/tmp/fuzz-catalogue-" + std::to_string(::getpid()) + ".dat";
+    static const std::string path = (fuzzing::scratchFolder() / "data.dat").string();
     {
         std::ofstream out(path, std::ios::binary | std::ios::trunc);
         out.write(reinterpret_cast<const char *>(data), static_cast<std::streamsize>(size));

@@ -9,6 +9,7 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "ScratchFolder.h"
 #include "platform/cdrom/ImageSheet.h"
 
 namespace {
@@ -21,25 +22,19 @@ void check(bool condition)
         __builtin_trap();
 }
 
-// One folder per process in memory, removed when the fuzzer exits; relative names in a sheet
-// resolve into it, so a sheet can name the input itself as a sound file. The joined BIN lies
-// outside it: a sheet naming the BIN being written would grow it to the size limit.
-struct ScratchFolder {
-    fs::path folder = fs::path("/dev/shm") / ("fuzz-discsheet-" + std::to_string(::getpid()));
-    fs::path bin = fs::path("/dev/shm") / ("fuzz-discsheet-" + std::to_string(::getpid()) + "-joined.bin");
-    ScratchFolder() { fs::create_directories(folder); }
-    ~ScratchFolder()
-    {
-        std::error_code ec;
-        fs::remove_all(folder, ec);
-        fs::remove(bin, ec);
-    }
+// Relative names in a sheet resolve into the sheet's folder, so a sheet can name the input
+// itself as a sound file. The joined BIN lies outside it: a sheet naming the BIN being written
+// would grow it to the size limit.
+struct Scratch {
+    fs::path folder = fuzzing::scratchFolder() / "sheets";
+    fs::path bin = fuzzing::scratchFolder() / "joined.bin";
+    Scratch() { fs::create_directories(folder); }
 };
 
-const ScratchFolder &scratch()
+const Scratch &scratch()
 {
-    static const ScratchFolder folder;
-    return folder;
+    static const Scratch files;
+    return files;
 }
 
 void writeFile(const fs::path &path, const char *data, size_t size)

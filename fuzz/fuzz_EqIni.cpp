@@ -10,6 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "ScratchFolder.h"
 #include "platform/audio/EqIniFile.h"
 
 namespace {
@@ -22,22 +23,10 @@ void check(bool condition)
         __builtin_trap();
 }
 
-// One folder per process in memory, removed when the fuzzer exits; the write goes through a
-// temporary file beside the ini file.
-struct ScratchFolder {
-    fs::path folder = fs::path("/dev/shm") / ("fuzz-eqini-" + std::to_string(::getpid()));
-    ScratchFolder() { fs::create_directories(folder); }
-    ~ScratchFolder()
-    {
-        std::error_code ec;
-        fs::remove_all(folder, ec);
-    }
-};
-
+// The write goes through a temporary file beside the ini file, in the same folder.
 const fs::path &iniFile()
 {
-    static const ScratchFolder scratch;
-    static const fs::path file = scratch.folder / "Eq.ini";
+    static const fs::path file = fuzzing::scratchFolder() / "Eq.ini";
     return file;
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unistd.h>
 
+#include "ScratchFolder.h"
 #include "mp3/FrameScan.h"
 #include "runtime/ResumeNext.h"
 
@@ -67,12 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         check(mp3::shift_those_bits(bytes.substr(0, 3)).size() == 2);
 
     if (size > 0 && (data[0] & 7) == 0) {
-        struct ScratchFile {
-            std::string path = "/tmp/fuzz_FrameScan_" + std::to_string(::getpid()) + ".mp3";
-            ~ScratchFile() { ::unlink(path.c_str()); }
-        };
-        static const ScratchFile scratch;
-        const std::string &path = scratch.path;
+        static const std::string path = (fuzzing::scratchFolder() / "track.mp3").string();
         {
             std::ofstream out(path, std::ios::binary | std::ios::trunc);
             out.write(bytes.data(), static_cast<std::streamsize>(size));

@@ -6,23 +6,14 @@
 #include <string>
 #include <unistd.h>
 
+#include "ScratchFolder.h"
 #include "runtime/Conversions.h"
 #include "runtime/ResumeNext.h"
 #include "runtime/TextFile.h"
 
-namespace {
-
-std::string scratchFile()
-{
-    static const std::string path = "/tmp/fuzz-textfile-" + std::to_string(::getpid()) + ".cdx";
-    return path;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const std::string path = scratchFile();
+    static const std::string path = (fuzzing::scratchFolder() / "drivers.cdx").string();
     {
         std::ofstream out(path, std::ios::binary | std::ios::trunc);
         out.write(reinterpret_cast<const char *>(data), static_cast<std::streamsize>(size));

@@ -7,23 +7,12 @@
 #include <string>
 #include <unistd.h>
 
+#include "ScratchFolder.h"
 #include "mp3/cIDV3.h"
 #include "mp3/cMP3Info.h"
 #include "runtime/RuntimeError.h"
 
 namespace {
-
-// One file per process, removed when the fuzzer exits.
-struct ScratchFile {
-    std::string path = "/tmp/fuzz_cIDV3_" + std::to_string(::getpid()) + ".mp3";
-    ~ScratchFile() { ::unlink(path.c_str()); }
-};
-
-const std::string &scratchFile()
-{
-    static const ScratchFile file;
-    return file.path;
-}
 
 void check(bool condition)
 {
@@ -35,7 +24,7 @@ void check(bool condition)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const std::string &path = scratchFile();
+    static const std::string path = (fuzzing::scratchFolder() / "track.mp3").string();
     ::unlink(path.c_str()); // a read-only file from the last run goes too
     {
         std::ofstream out(path, std::ios::binary);

@@ -150,7 +150,8 @@ std::optional<std::uint64_t> appendRawFile(const fs::path &file, std::ostream &o
     if (!in)
         return std::nullopt;
     Sink sink{out, limit};
-    std::vector<char> buffer(1 << 20);
+    // A megabyte at a time, but no more than the file holds: sheets often name many small BINs.
+    std::vector<char> buffer(static_cast<size_t>(std::clamp<std::uintmax_t>(size, 1, 1 << 20)));
     while (in) {
         in.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         const auto got = static_cast<size_t>(in.gcount());

@@ -186,7 +186,9 @@ TEST(PlayerChain, PlaysAFileToItsEndInRealTimeIntoPlayedWav)
     ASSERT_TRUE(p.settle());
     ASSERT_EQ(p.events, (std::vector<std::string>{"start", "stop"}));
     const double playedMs = std::chrono::duration<double, std::milli>(p.times[1] - p.times[0]).count();
-    EXPECT_NEAR(playedMs, p.giveamp3->Length(), 50.0);
+    // Never shorter than the file; later only by how long a busy machine takes to wake the sink.
+    EXPECT_GE(playedMs, p.giveamp3->Length() - 20.0);
+    EXPECT_LT(playedMs, p.giveamp3->Length() * 1.25);
     EXPECT_EQ(p.giveamp3->Position(), 0) << "played to its end, the file starts from the top next time";
 
     const Wave played = readWave((sound / "played.wav").string());
