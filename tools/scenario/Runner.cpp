@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "Mp3Maker.h"
+#include "SaneTestBackend.h"
 #include "WaveMaker.h"
 #include "platform/audio/RealPlayerComponents.h"
 #include "platform/cdrom/CdReaderComponent.h"
@@ -615,10 +616,7 @@ void Runner::cmdStart()
     }
     if (m_useReal["scanner"]) {
         // SANE with its own test backend alone, configured under $WORK.
-        const fs::path config = m_work / "sane";
-        fs::create_directories(config);
-        std::ofstream(config / "dll.conf") << "test\n";
-        ::setenv("SANE_CONFIG_DIR", config.c_str(), 1);
+        testsupport::useSaneTestBackend(m_work / "sane");
         rt::EventLoop &loop = *m_loop;
         m_components->scanner = [&loop] { return platform::scanner::makeSaneScanner(loop); };
     }

@@ -2,13 +2,12 @@
 // test's own.
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 
+#include "SaneTestBackend.h"
 #include "platform/scanner/SaneScanner.h"
 #include "runtime/VirtualEventLoop.h"
 
@@ -22,12 +21,7 @@ protected:
     {
         std::random_device rd;
         config = fs::temp_directory_path() / ("sane-config-" + std::to_string(rd()));
-        fs::create_directories(config);
-        std::ofstream(config / "dll.conf") << "test\n";
-        ::setenv("SANE_CONFIG_DIR", config.c_str(), 1);
-        // The test backend leaks a 64 KiB buffer of its own on every scan. Kept loaded after
-        // sane_exit, it stays named in the leak report, where the suppression file finds it.
-        ::dlopen(SANE_TEST_BACKEND, RTLD_NOW | RTLD_NODELETE);
+        testsupport::useSaneTestBackend(config);
     }
     static void TearDownTestSuite()
     {
