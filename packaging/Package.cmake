@@ -83,6 +83,9 @@ include(CPack)
 # Installs the package on this machine, so it runs only when asked for.
 option(BRASSWICK_PACKAGE_TEST "Run the package test (installs and removes the package; root)" OFF)
 if(BRASSWICK_BUILD_TESTS)
+  # The launcher alone, on a make-believe installation: no root, nothing installed.
+  add_test(NAME unit.package.launcher
+           COMMAND ${PROJECT_SOURCE_DIR}/tests/package/test-launcher.sh ${package_source}/brasswick.sh.in)
   add_test(NAME package.deb COMMAND ${PROJECT_SOURCE_DIR}/tests/package/test-package.sh ${CMAKE_BINARY_DIR})
   set_tests_properties(package.deb PROPERTIES LABELS package TIMEOUT 900 SKIP_RETURN_CODE 77)
   if(NOT BRASSWICK_PACKAGE_TEST)

@@ -35,12 +35,20 @@ if [ "${1:-}" = "--on-display" ]; then
   kill "$pid" 2>/dev/null || true
   wait "$pid" 2>/dev/null || true
 
-  # What a user made, and an installation file left from an older version.
+  # What the first start laid out, before anything changes it.
+  for name in LocalJ/drivers.cdx splash.png cdquality.jpg velmoraimg.jpg README.md LICENSE; do
+    cmp -s "/usr/share/brasswick/$name" "$folder/$name" || echo "$name" >> "$out/differing-first"
+  done
+  # What a user made, an installation file the user changed, and one an older version laid down.
   printf '[EqData]\r\nBands=15\r\nBand0=3\r\n' > "$folder/Eq.ini"
   printf 'C:\\music\r\n' > "$folder/LocalJ/localf.dd1"
+  printf '1\r\nMy Own Recorder\r\n' > "$folder/LocalJ/drivers.cdx"
   printf 'older version\n' > "$folder/README.md"
-  cp "$folder/Eq.ini" "$out/Eq.ini.before"
-  cp "$folder/LocalJ/localf.dd1" "$out/localf.dd1.before"
+  older=$(cksum < "$folder/README.md")
+  sed -i "s/^.* README.md\$/$older README.md/" "$folder/.installation"
+  for name in Eq.ini LocalJ/localf.dd1 LocalJ/drivers.cdx; do
+    cp "$folder/$name" "$out/$(basename "$name").before"
+  done
   "$@" &
   pid=$!
   sleep 3
@@ -157,18 +165,20 @@ colours=$(identify -format '%k' "$out/package-main.png")
 
 # The program folder was laid out, is the user's, and holds the installation's files.
 [ -f "$folder/LocalJ/drivers.cdx" ] || fail "no LocalJ/drivers.cdx in $folder"
+[ ! -s "$out/differing-first" ] || fail "laid out unlike the installation: $(cat "$out/differing-first")"
 for name in LocalJ/drivers.cdx splash.png cdquality.jpg velmoraimg.jpg README.md LICENSE; do
   [ -f "$folder/$name" ] && [ ! -L "$folder/$name" ] || fail "$folder/$name is not a file"
-  cmp -s "/usr/share/brasswick/$name" "$folder/$name" || fail "$folder/$name differs from the installation's"
 done
 if [ -n "$user" ]; then
   owner=$(stat -c %U "$folder/LocalJ/drivers.cdx")
   [ "$owner" = "$user" ] || fail "the program folder belongs to $owner"
 fi
-# A new start put back the older installation file and kept what the user made.
+# A new start brought the older version's file up to date and kept what the user made or changed.
 [ -f "$out/second-start" ] || fail "the second start did not happen"
+cmp -s /usr/share/brasswick/README.md "$folder/README.md" || fail "README.md of an older version was not updated"
 cmp -s "$out/Eq.ini.before" "$folder/Eq.ini" || fail "Eq.ini was changed by a new start"
 cmp -s "$out/localf.dd1.before" "$folder/LocalJ/localf.dd1" || fail "LocalJ/localf.dd1 was changed by a new start"
+cmp -s "$out/drivers.cdx.before" "$folder/LocalJ/drivers.cdx" || fail "the user's own LocalJ/drivers.cdx was replaced"
 left=$(find "$folder" -name '*.new-*')
 [ -z "$left" ] || fail "temporary files left: $left"
 
