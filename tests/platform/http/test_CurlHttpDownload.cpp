@@ -285,6 +285,16 @@ struct HttpsTest : HttpTest {
         return port;
     }
 
+    // The catalogue on the site, served over TLS with a certificate for `subjectAltName`: the
+    // server's port, 0 when it didn't start, -1 when openssl could not make the certificates.
+    int serveOverTls(const std::string &subjectAltName, const std::string &catalogue)
+    {
+        if (!makeCertificates(subjectAltName))
+            return -1;
+        writeAll(site / "plugins.dat", catalogue);
+        return startServer();
+    }
+
     void TearDown() override
     {
         if (serverPipe)
@@ -297,10 +307,9 @@ struct HttpsTest : HttpTest {
 
 TEST_F(HttpsTest, ACertificateForAnotherNameIsRefused)
 {
-    if (!makeCertificates("DNS:wrong.example"))
+    const int port = serveOverTls("DNS:wrong.example", "secret;row");
+    if (port < 0)
         GTEST_SKIP() << "openssl could not make the certificates";
-    writeAll(site / "plugins.dat", "secret;row");
-    const int port = startServer();
     ASSERT_NE(port, 0);
     platform::http::Options o;
     o.extraCaFile = ca.string();
@@ -314,10 +323,9 @@ TEST_F(HttpsTest, ACertificateForAnotherNameIsRefused)
 
 TEST_F(HttpsTest, AnUntrustedCertificateIsRefused)
 {
-    if (!makeCertificates("IP:127.0.0.1"))
+    const int port = serveOverTls("IP:127.0.0.1", "secret;row");
+    if (port < 0)
         GTEST_SKIP() << "openssl could not make the certificates";
-    writeAll(site / "plugins.dat", "secret;row");
-    const int port = startServer();
     ASSERT_NE(port, 0);
     auto c = client();
     fetch(*c, "https://127.0.0.1:" + std::to_string(port) + "/plugins.dat");
@@ -327,10 +335,9 @@ TEST_F(HttpsTest, AnUntrustedCertificateIsRefused)
 
 TEST_F(HttpsTest, AMatchingCertificateIsFetched)
 {
-    if (!makeCertificates("IP:127.0.0.1"))
+    const int port = serveOverTls("IP:127.0.0.1", "Secure;1;row\r\n");
+    if (port < 0)
         GTEST_SKIP() << "openssl could not make the certificates";
-    writeAll(site / "plugins.dat", "Secure;1;row\r\n");
-    const int port = startServer();
     ASSERT_NE(port, 0);
     platform::http::Options o;
     o.extraCaFile = ca.string();
