@@ -1,3 +1,5 @@
+// The reader's devices, their state, door, transport and speeds; the disc in a device is read in
+// CdReaderDisc.cpp, its audio copied in CdReaderStream.cpp.
 #include "CdReaderComponent.h"
 
 #include <algorithm>
@@ -18,8 +20,6 @@
 #include "CdTextFields.h"
 #include "runtime/RuntimeError.h"
 
-// The reader's devices, their state, door, transport and speeds; the disc in a device is read in
-// CdReaderDisc.cpp, its audio copied in CdReaderStream.cpp.
 namespace platform::cdrom {
 
 namespace fs = std::filesystem;

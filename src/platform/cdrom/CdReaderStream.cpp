@@ -11,7 +11,6 @@
 #include <cdio/paranoia/paranoia.h>
 
 #include "CdReaderParts.h"
-#include "CdTextFields.h"
 #include "runtime/RuntimeError.h"
 
 namespace platform::cdrom {
