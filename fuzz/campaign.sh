@@ -45,7 +45,8 @@ for target in $targets; do
             n=$((n + 1))
         done
         [ "$result" = "no finding" ] || failed=1
-        logs=$(ls "$campaign/$target".*.log)
+        # No worker log at all (none started) leaves nothing to count rather than stdin to read.
+        logs=$(ls "$campaign/$target".*.log 2>/dev/null) || logs=/dev/null
     elif "$build/$target" -runs="$runs" "$@" "$corpus" >"$campaign/$target.log" 2>&1; then
         result="no finding"
         logs=$campaign/$target.log
@@ -55,7 +56,7 @@ for target in $targets; do
         logs=$campaign/$target.log
     fi
     seconds=$(( $(date +%s) - start ))
-    # shellcheck disable=SC2086 # the logs' names have no spaces
+    # shellcheck disable=SC2086 # one name per line; the build folder's path has no spaces
     executed=$(sed -n 's/^stat::number_of_executed_units: *//p' $logs | awk '{ n += $1 } END { if (NR) print n }')
     pace=$(sed -n 's/^stat::average_exec_per_sec: *//p' $logs | awk '{ n += $1 } END { if (NR) print n }')
     echo "$target: ${executed:-?} executions in $seconds s (${pace:-?} a second), corpus of $(ls "$corpus" | wc -l) inputs: $result"
