@@ -88,6 +88,21 @@ rm "$prefix/share/brasswick/LICENSE"
 if out=$(start 2>&1); then fail "started without LICENSE"; fi
 grep -q "LICENSE is missing: reinstall the package" <<<"$out" || fail "no word about the broken installation: $out"
 install_version 4
+# A file that cannot be copied (here a folder where the picture should be, which even root cannot
+# copy as a file) stops the start and leaves the old record whole, with no temporary files.
+cp "$folder/.installation" "$work/record-before"
+unlock
+rm "$prefix/share/brasswick/splash.png" "$folder/splash.png"
+mkdir "$prefix/share/brasswick/splash.png"
+if out=$(start 2>&1); then fail "started without its picture"; fi
+grep -q "cannot write $folder/splash.png" <<<"$out" || fail "no word about the picture: $out"
+cmp -s "$work/record-before" "$folder/.installation" || fail "the record changed after a failed copy"
+left=$(find "$folder" -name '*.new-*')
+[ -z "$left" ] || fail "temporary files left after a failed copy: $left"
+rmdir "$prefix/share/brasswick/splash.png"
+install_version 4
+start > /dev/null 2>&1 || fail "did not start once the installation was whole again"
+[ "$(cat "$folder/splash.png")" = "version 4 of splash.png" ] || fail "the picture was not laid down again"
 if [ "$(id -u)" -ne 0 ]; then
   rm -rf "$folder"
   chmod a-w "$home/.local/share"
