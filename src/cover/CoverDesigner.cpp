@@ -248,7 +248,7 @@ void CoverDesigner::Form_Load()
     });
 }
 
-// ---- Part one: the document ----
+// ---- The document ----
 
 void CoverDesigner::mnuopen_Click()
 {
@@ -367,7 +367,7 @@ void CoverDesigner::mnusave_Click()
     }
 }
 
-// ---- Part two: image operations ----
+// ---- Image operations ----
 
 void CoverDesigner::colourDepth(int bits, int paletteMode, int ditherMode)
 {
@@ -539,7 +539,7 @@ void CoverDesigner::ImagXpress1_MouseUp(int, int x, int y)
     ImagXpress1->ZoomToFactor(1.0);
 }
 
-// ---- Part three: the scanner ----
+// ---- The scanner ----
 
 void CoverDesigner::openSession()
 {
@@ -585,7 +585,7 @@ void CoverDesigner::TwainPRO1_PostScan()
     app().loop().doEvents();
 }
 
-// ---- Part four: printing ----
+// ---- Printing ----
 
 void CoverDesigner::mnuprintersetup_Click()
 {

@@ -15,7 +15,7 @@ void writeLastLocal(const std::string &programFolder, const std::string &folder)
 
 void writeListFile(const std::string &path, const ui::ListBox &list)
 {
-    // Like the original routine, a failing statement is passed over and the next one runs.
+    // A failing statement is passed over and the next one runs.
     rt::ResumeNext step;
     rt::TextFile file;
     step([&] { file.open(path, rt::TextFile::Mode::Output); });

@@ -8,7 +8,7 @@
 
 namespace rt {
 
-// 16-bit signed integer of the original platform: every result outside -32768..32767 is error 6.
+// 16-bit signed integer: every result outside -32768..32767 is error 6.
 class Integer {
 public:
     constexpr Integer() = default;
@@ -40,7 +40,7 @@ private:
     int16_t m_value = 0;
 };
 
-// 32-bit signed integer of the original platform: every result outside its range is error 6.
+// 32-bit signed integer: every result outside -2147483648..2147483647 is error 6.
 class Long {
 public:
     constexpr Long() = default;

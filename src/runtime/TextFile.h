@@ -9,9 +9,9 @@
 
 namespace rt {
 
-// A text file as the original platform wrote and read it: Windows-1252 on disk, lines ended by
-// CR LF. A file opened for Output replaces the old one only when it is closed, atomically; a
-// read-only file is never replaced. Text in memory is UTF-8. Errors are run-time errors: 53 for
+// A text file of the program's own: Windows-1252 on disk, lines ended by CR LF. A file opened
+// for Output replaces the old one only when it is closed, atomically; a read-only file is never
+// replaced. Text in memory is UTF-8. Errors are run-time errors: 53 for
 // a missing file on input, 75 when the file is read-only or can't be created (76 when its
 // folder is missing), 62 when input runs past the end, 52 for a closed file.
 class TextFile {

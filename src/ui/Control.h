@@ -40,7 +40,7 @@ public:
     const std::string &ToolTipText() const { return m_toolTip; }
     void setToolTipText(const std::string &text);
 
-    // Position and size in twips (15 to a pixel on the original screens).
+    // Position and size in twips, 15 to a pixel.
     int Left() const { return m_left; }
     int Top() const { return m_top; }
     int Width() const { return m_width; }

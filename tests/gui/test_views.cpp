@@ -231,7 +231,7 @@ TEST_F(Views, ListClicksReachTheLogic)
     QTest::mouseDClick(tree->viewport(), Qt::LeftButton, {}, r.center());
     EXPECT_EQ(doubles, 1);
 
-    // Keys move the current row and click it, as the original list did.
+    // Keys move the current row and click it.
     clicks = 0;
     QTest::keyClick(tree, Qt::Key_Down);
     EXPECT_EQ(w->list.ListIndex(), 5001);

@@ -58,7 +58,7 @@ QString picturePath(const Control &c, const std::string &path)
 }
 
 // Click and DblClick of controls that have no click of their own in Qt (labels, frames,
-// pictures): a left release inside the control is a click, as on the original platform.
+// pictures): a left release inside the control is a click.
 bool clickEvent(Control *&control, QWidget *widget, QEvent *event)
 {
     if (!control)
@@ -335,7 +335,7 @@ protected:
             QSignalBlocker block(m_slider);
             if (m_slider->orientation() != orientation) {
                 m_slider->setOrientation(orientation);
-                // A vertical slider has Min at the top, as the original one had.
+                // A vertical slider has Min at the top, unless the model puts Max there.
                 m_slider->setInvertedAppearance(m.vertical() && !m.maxAtTop());
                 m_slider->setInvertedControls(m.vertical() && !m.maxAtTop());
             }

@@ -61,7 +61,7 @@ std::optional<std::string> QtDialogs::run(const FileDialogRequest &request)
             dialog.setLabelText(QFileDialog::LookIn, qs(request.secondPrompt));
         }
     } else {
-        // The descriptions alone are shown, as the original dialogs showed them.
+        // The descriptions alone are shown ("MP3 Files", not "MP3 Files (*.mp3)").
         dialog.setOption(QFileDialog::HideNameFilterDetails);
         const QString filters = qtNameFilters(request.filter);
         if (!filters.isEmpty())

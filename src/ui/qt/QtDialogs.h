@@ -13,7 +13,7 @@ public:
 };
 
 // "MP3 Files|*.mp3;*.MP3|All|*.*" as Qt writes filters: "MP3 Files (*.mp3 *.MP3);;All (*.*)".
-// Each pattern also matches in the other case, as it did on the original file system.
+// Each pattern also matches in the other case: "*.mp3" finds "SONG.MP3" too.
 QString qtNameFilters(const std::string &filter);
 
 } // namespace uiqt

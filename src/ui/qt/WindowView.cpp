@@ -277,7 +277,7 @@ void WindowView::applyMenu(MenuEntry &entry)
                 entry.menu->setTitle(text);
         }
         if (!entry.menu) {
-            // Only a ticked entry shows room for a tick, as on the original menus.
+            // Only a ticked entry shows room for a tick; an unticked one lines up with plain entries.
             const bool checked = item.Checked();
             if (entry.action->isCheckable() != checked)
                 entry.action->setCheckable(checked);
