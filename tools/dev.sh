@@ -7,6 +7,10 @@
 #                       build without the GUI under AddressSanitizer and UndefinedBehaviorSanitizer
 #                       in build-asan and run the unit and integration tests and the scenarios
 #                       (or the groups named); any finding fails the test it happens in
+#   tools/dev.sh sanitize thread
+#                       build without the GUI under ThreadSanitizer in build-tsan and run the tests
+#                       of everything that runs threads (the trigger's worker, the player's ring and
+#                       output, the HTTP transfer, the scanner, the CD reader, the writing engine)
 #   tools/dev.sh package  build and make the Debian package in the build folder
 set -euo pipefail
 
@@ -18,7 +22,10 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BRASSWICK_BUILD_DIR:-$root/build}
 configuration=(-DBRASSWICK_PACKAGE_TEST=ON)
 targets=()
-if [ "$what" = sanitize ]; then
+if [ "$what" = sanitize ] && [ "${1:-}" = thread ]; then
+  build=${BRASSWICK_THREAD_SANITIZE_BUILD_DIR:-$root/build-tsan}
+  configuration=(-DBRASSWICK_SANITIZE=thread -DBRASSWICK_BUILD_GUI=OFF -DBRASSWICK_BUILD_BENCH=OFF)
+elif [ "$what" = sanitize ]; then
   build=${BRASSWICK_SANITIZE_BUILD_DIR:-$root/build-asan}
   configuration=(-DBRASSWICK_SANITIZE=ON -DBRASSWICK_BUILD_GUI=OFF -DBRASSWICK_BUILD_BENCH=OFF)
   # The scenarios alone need only the scenario driver.
@@ -60,6 +67,11 @@ case "$what" in
   test)
     exec "$root/tools/run-tests.sh" "$build" unit scenario gui package ;;
   sanitize)
+    if [ "${1:-}" = thread ]; then
+      # A data race or a lock taken in two orders fails the test it happens in.
+      export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$root/tools/tsan.supp"
+      exec "$root/tools/run-tests.sh" "$build" threads
+    fi
     # Leaks count too; the fuzz corpus replay is left out, being an address-sanitized build of
     # its own that the plain test run already makes.
     export ASAN_OPTIONS=detect_leaks=1:halt_on_error=1

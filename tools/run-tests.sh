@@ -3,11 +3,13 @@
 # smoke test, or the groups named) and ends with one line: how many tests passed and failed in
 # all. TESTS_EXCLUDED is a ctest regular expression of tests to leave out.
 set -uo pipefail
-build=${1:?usage: run-tests.sh BUILD_DIR [unit|scenario|gui|package]...}
+build=${1:?usage: run-tests.sh BUILD_DIR [unit|scenario|gui|package|threads]...}
 shift
 cd "$build" || exit 2
 
-declare -A pattern=([unit]='^(unit|integration)\.' [scenario]='^scenario\.' [gui]='^gui\.' [package]='^package\.')
+# threads: the tests of every component that runs threads of its own, for ThreadSanitizer.
+declare -A pattern=([unit]='^(unit|integration)\.' [scenario]='^scenario\.' [gui]='^gui\.' [package]='^package\.'
+                    [threads]='^(unit\.(runtime|audio|platform)|integration\.(media|audio|convert|http|scanner|cdrom|writer))\.')
 groups=()
 for name in "${@:-unit scenario gui}"; do
   for g in $name; do

@@ -12,6 +12,7 @@
 #include <random>
 #include <sstream>
 
+#include "CommandOutput.h"
 #include "Runner.h"
 
 namespace fs = std::filesystem;
@@ -49,10 +50,6 @@ std::string readText(const fs::path &path)
     return s.str();
 }
 
-int run(const std::string &command)
-{
-    return std::system(command.c_str());
-}
 
 // Runs a scenario text with the driver, keeping its work folder; returns the folder.
 fs::path runScenario(const std::string &name, const std::string &text, const fs::path &scratch, std::string &output)
@@ -194,13 +191,13 @@ click Form5.ctButton4
         SCOPED_TRACE("track " + std::to_string(t));
         EXPECT_EQ(cdio_get_track_format(cd, t), TRACK_FORMAT_AUDIO);
         const fs::path decoded = scratch.path() / ("t" + std::to_string(t) + ".wav");
-        ASSERT_EQ(run("mpg123 -q -w '" + decoded.string() + "' '" + (work / names[t - 1]).string() + "'"), 0);
+        ASSERT_TRUE(testsupport::runTool("mpg123 -q -w '" + decoded.string() + "' '" + (work / names[t - 1]).string() + "'").succeeded);
         Pcm expected = readWave(decoded);
         ASSERT_GT(expected.samples.size(), 0u);
         if (t == 2) {
             // The 22050 Hz mono file reaches the disc as CD audio: compare with sox's conversion.
             const fs::path converted = scratch.path() / "t2-cd.wav";
-            ASSERT_EQ(run("sox '" + decoded.string() + "' -r 44100 -c 2 -b 16 '" + converted.string() + "'"), 0);
+            ASSERT_TRUE(testsupport::runTool("sox '" + decoded.string() + "' -r 44100 -c 2 -b 16 '" + converted.string() + "'").succeeded);
             expected = readWave(converted);
         }
         ASSERT_EQ(expected.rate, 44100);

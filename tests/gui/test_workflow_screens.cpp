@@ -32,6 +32,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CommandOutput.h"
 #include "Mp3Maker.h"
 #include "WaveMaker.h"
 #include "burn/BurnWindows.h"
@@ -788,7 +789,7 @@ TEST(WorkflowScreens, CoverDesignerRubberBandAndZoom)
     const fs::path photo = work.path() / "harbour.jpg";
     const std::string make = "gm convert -size 640x480 gradient:'#1b4f8a'-'#f2c45a' -fill '#2d6e3e' -draw 'circle 320,300 320,420' "
                              "-fill '#ffffff' -draw 'rectangle 80,60 200,140' '" + photo.string() + "'";
-    ASSERT_EQ(std::system(make.c_str()), 0);
+    ASSERT_TRUE(testsupport::runTool(make).succeeded);
     Program p(work.path());
     auto clipboard = platform::imaging::makeMemoryClipboard();
     p.components.imageClipboard = [clipboard] { return clipboard; };

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <string>
 
+#include <gtest/gtest.h>
+
 namespace testsupport {
 
 // What a shell command prints on its standard output, and whether it ended with status 0; the
@@ -32,6 +34,16 @@ inline CommandOutput runCommand(const std::string &command)
     while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
         result.text.append(buffer, n);
     result.succeeded = ::pclose(pipe) == 0;
+    return result;
+}
+
+// A set-up or reference command that must succeed: one that fails, or can't start, fails the
+// test that ran it, naming the command, so a broken set-up is never taken for the program's fault.
+inline CommandOutput runTool(const std::string &command)
+{
+    CommandOutput result = runCommand(command);
+    if (!result.succeeded)
+        ADD_FAILURE() << "command failed: " << command;
     return result;
 }
 

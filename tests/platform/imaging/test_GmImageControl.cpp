@@ -18,7 +18,7 @@ namespace {
 
 std::string run(const std::string &command)
 {
-    return testsupport::runCommand(command).line();
+    return testsupport::runTool(command).line();
 }
 
 class GmImageControlTest : public ::testing::Test {

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CommandOutput.h"
 #include "MediaTestSupport.h"
 #include "WaveMaker.h"
 #include "platform/media/WaveNormalizer.h"
@@ -65,7 +66,7 @@ TEST_F(WaveNormalizerTest, MatchesSoxNormWithinOneStep)
         ASSERT_TRUE(testsupport::makeWave(ours, o));
         // sox without dither, so that only the scaling and rounding are compared.
         const std::string cmd = "sox -D --norm '" + ours + "' '" + theirs + "'";
-        ASSERT_EQ(std::system(cmd.c_str()), 0);
+        ASSERT_TRUE(testsupport::runTool(cmd).succeeded);
         bool ok = false;
         progressOf(ours, &ok);
         ASSERT_TRUE(ok);

@@ -16,7 +16,7 @@ namespace {
 
 std::string run(const std::string &command)
 {
-    return testsupport::runCommand(command).text;
+    return testsupport::runTool(command).text;
 }
 
 ImagePixels picture(int w, int h)
