@@ -240,7 +240,11 @@ int CdWriterEngine::DiscState()
     const auto now = std::chrono::steady_clock::now();
     if (m_discState && m_discState->device == m_current && now - m_discState->at < discStateLife)
         return m_discState->state;
-    const int state = m_wodim.probeDiscState(wodimSettings(*d));
+    // The drive itself tells a closed disc from one that takes more tracks; wodim -atip can't.
+    std::optional<int> read;
+    if (m_options.readDriveDiscState)
+        read = m_options.readDriveDiscState(d->dev);
+    const int state = read ? *read : m_wodim.probeDiscState(wodimSettings(*d));
     m_discState = CachedState{m_current, state, std::chrono::steady_clock::now()};
     return state;
 }

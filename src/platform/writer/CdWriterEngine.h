@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "DriveDiscState.h"
 #include "ImageRecorder.h"
 #include "WodimRecorder.h"
 #include "platform/WriterEngine.h"
@@ -29,6 +30,10 @@ struct Options {
     int setupMs = 5000;
     // Whether to look for the system's recorders at all (the Image Recorder is always there).
     bool scanSystemRecorders = true;
+    // How a recorder's disc state is read from the drive itself (READ DISC INFORMATION); where it
+    // tells nothing, `wodim -atip` is asked instead.
+    std::function<std::optional<int>(const std::string &device)> readDriveDiscState =
+        [](const std::string &device) { return platform::writer::readDriveDiscState(device); };
 };
 
 // The XDG music folder of the user (XDG_MUSIC_DIR of user-dirs.dirs, else ~/Music) and in it

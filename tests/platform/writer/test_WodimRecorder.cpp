@@ -48,6 +48,8 @@ protected:
             ::unsetenv(v.c_str());
     }
 
+    std::function<std::optional<int>(const std::string &)> driveAnswer = [](const std::string &) { return std::nullopt; };
+
     fs::path log() const { return tmp / "wodim.log"; }
     fs::path workFile() const { return tmp / "LocalJ" / "velmora0.wav"; }
 
@@ -57,6 +59,8 @@ protected:
         o.imageFolder = tmp / "images";
         o.wodimPath = wodim;
         o.setupMs = 0;
+        // The stand-in's drives are not the machine's: wodim alone tells their disc state.
+        o.readDriveDiscState = driveAnswer;
         auto e = std::make_unique<CdWriterEngine>(loop, o);
         EXPECT_EQ(e->InitEngine(), 0);
         e->setCloseDiscAfterTrack(false);
@@ -273,6 +277,25 @@ TEST_F(WodimRecorderTest, DiscStateFromTheDrive)
     ::setenv("FAKE_WODIM_DISC", "blank", 1);
     e->SelectDevice(1);
     EXPECT_EQ(e->DiscState(), 0);
+}
+
+TEST_F(WodimRecorderTest, TheDriveTellsAClosedDiscThatWodimTakesForWritable)
+{
+    // wodim -atip shows ATIP on a finalised CD-R as on a blank one; the drive's own disc
+    // information says it is complete.
+    driveAnswer = [](const std::string &device) -> std::optional<int> {
+        return device == "/dev/sr0" ? std::optional<int>(platform::writer::disc_state::closed) : std::nullopt;
+    };
+    auto e = makeEngine();
+    e->SelectDevice(0);
+    ::setenv("FAKE_WODIM_DISC", "blank", 1);
+    const int before = probes();
+    EXPECT_EQ(e->DiscState(), 2);
+    EXPECT_EQ(probes(), before);
+    // Where the drive tells nothing, wodim is asked.
+    e->SelectDevice(1);
+    EXPECT_EQ(e->DiscState(), 0);
+    EXPECT_EQ(probes(), before + 1);
 }
 
 TEST_F(WodimRecorderTest, DestroyingTheEngineStopsWodim)
