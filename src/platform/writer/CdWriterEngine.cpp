@@ -256,9 +256,21 @@ int CdWriterEngine::AddTrack(const std::string &file, int flags)
         return 1;
     std::error_code ec;
     const fs::path path = fs::absolute(rt::nativePath(file), ec);
-    if (ec || !inspectCdWave(path))
+    const std::optional<WaveInfo> wave = ec ? std::nullopt : inspectCdWave(path);
+    if (!wave)
         return 2;
-    m_tracks.push_back({path, false});
+    if (currentDevice()->image) {
+        // The disc in the Image Recorder refuses a 100th track, or one that ends past 99:59:74.
+        std::vector<int64_t> frames;
+        for (const Entry &e : m_tracks) {
+            if (!e.handed)
+                frames.push_back(e.frames);
+        }
+        frames.push_back(wave->frames);
+        if (!m_image.takesTracks(frames, m_pauseSectors))
+            return 6;
+    }
+    m_tracks.push_back({path, wave->frames, false});
     return 0;
 }
 

@@ -91,6 +91,7 @@ private:
     };
     struct Entry {
         std::filesystem::path file;
+        int64_t frames = 0;
         bool handed = false; // given to a WriteTracks already
     };
     struct Job {

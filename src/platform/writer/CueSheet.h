@@ -11,6 +11,10 @@ namespace platform::writer {
 constexpr int64_t sectorBytes = 2352;
 constexpr int sectorsPerSecond = 75;
 constexpr int defaultPauseSectors = 150;
+// A CD holds at most 99 tracks, and its last sector, counted with the two seconds before the
+// first track, is at most 99:59:74: an image's BIN holds at most this many sectors.
+constexpr int mostTracks = 99;
+constexpr int64_t mostImageSectors = (99 * 60 + 59) * sectorsPerSecond + 74 + 1 - defaultPauseSectors;
 
 // One track of an image, in sectors from the start of the BIN.
 struct ImageTrack {

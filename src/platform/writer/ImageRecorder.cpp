@@ -143,6 +143,31 @@ std::optional<ImageRecorder::Image> ImageRecorder::findOpenImage(const fs::path 
     return best;
 }
 
+namespace {
+
+// Whether a disc that holds `sheet` takes tracks of these lengths after it.
+bool sheetTakes(const ImageSheet &sheet, const std::vector<int64_t> &frames, int pauseSectors)
+{
+    size_t tracks = sheet.tracks.size();
+    int64_t end = sheet.sectors();
+    for (const int64_t f : frames) {
+        const int64_t pause = tracks == 0 ? 0 : std::max(1, pauseSectors);
+        ++tracks;
+        end += pause + trackSectors(f, true);
+        if (tracks > static_cast<size_t>(mostTracks) || end > mostImageSectors)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool ImageRecorder::takesTracks(const std::vector<int64_t> &frames, int pauseSectors) const
+{
+    const std::optional<Image> open = findOpenImage(m_folder);
+    return sheetTakes(open ? open->sheet : ImageSheet{}, frames, pauseSectors);
+}
+
 int ImageRecorder::testTrack(const TrackOrder &order, WriteContext &ctx)
 {
     // A test write reads the track through as a real one would, and writes nothing at all.
@@ -236,7 +261,10 @@ int ImageRecorder::writeTrack(const TrackOrder &order, WriteContext &ctx)
 
     const WaveInfo info = wave.info();
     const int64_t frames = info.frames;
-    const int64_t sectors = trackSectors(frames, false);
+    if (!sheetTakes(image.sheet, {frames}, order.pauseSectors))
+        return undo(discFull);
+    // A CD track lasts four seconds at least: a shorter one ends in silence.
+    const int64_t sectors = trackSectors(frames, true);
     const bool first = image.sheet.tracks.empty();
     const int64_t pause = first ? 0 : std::max(1, order.pauseSectors);
     if (!writeZeros(fd, pause * sectorBytes))

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "CueSheet.h"
 #include "WriteJob.h"
@@ -20,6 +22,10 @@ public:
     int discState() const;
     // Writes one track; 0 when it went well (see WriteResult).
     int writeTrack(const TrackOrder &order, WriteContext &ctx);
+    // Whether the disc in the recorder takes `count` more tracks of these lengths (audio frames),
+    // each padded to four seconds and whole sectors, with `pauseSectors` before each but the
+    // disc's first: 99 tracks and 99:59:74 at most.
+    bool takesTracks(const std::vector<int64_t> &frames, int pauseSectors) const;
 
     struct Image {
         std::filesystem::path cue;

@@ -11,6 +11,7 @@ enum WriteResult : int {
     sourceUnreadable = 2,      // the wave file could no longer be read as CD audio
     imageFolderUnusable = 3,   // the image folder can't be created or written
     writeFailed = 4,           // writing the image (or the private copy) failed, e.g. a full disk
+    discFull = 5,              // the disc holds 99 tracks, or the track would end past 99:59:74
     recorderProgramMissing = 127,
 };
 

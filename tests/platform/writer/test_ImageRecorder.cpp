@@ -12,6 +12,7 @@
 #include <cdio/track.h>
 #include <sys/resource.h>
 
+#include "CommandOutput.h"
 #include "WriterTestSupport.h"
 #include "platform/writer/CdWriterEngine.h"
 #include "platform/writer/CueSheet.h"
@@ -32,9 +33,10 @@ struct Track {
     std::vector<char> pcm;
 };
 
+// Whole sectors, and four seconds (300 sectors) at least: the shortest track a CD holds.
 int64_t sectorsOf(int64_t frames)
 {
-    return (frames + 587) / 588;
+    return std::max<int64_t>((frames + 587) / 588, 300);
 }
 
 struct CdioCloser {
@@ -145,6 +147,18 @@ protected:
         fs::path bin = cue;
         bin.replace_extension(".bin");
         EXPECT_EQ(static_cast<int64_t>(fs::file_size(bin)), at * sector);
+        expectCdrdaoReadsCleanly(cue);
+    }
+
+    // cdrdao, which burns such images, reads the sheet without a warning (it warns of a track
+    // shorter than four seconds, for one).
+    static void expectCdrdaoReadsCleanly(const fs::path &cue)
+    {
+        // cdrdao finds the BIN beside the sheet only from the sheet's own folder.
+        const testsupport::CommandOutput out = testsupport::runTool("cd '" + cue.parent_path().string() + "' && cdrdao show-toc '"
+                                                                    + cue.filename().string() + "' 2>&1");
+        EXPECT_EQ(out.text.find("WARNING"), std::string::npos) << out.text;
+        EXPECT_NE(out.text.find("TOC TYPE: CD_DA"), std::string::npos) << out.text;
     }
 
     rt::VirtualEventLoop loop;
@@ -161,7 +175,7 @@ TEST_F(ImageRecorderTest, ThreeTracksOneAtATimeMakeAnImageLibcdioReads)
     std::vector<Track> tracks;
     tracks.push_back(burnTrack(*e, 198450, "First Song", "Band A")); // 337.5 sectors
     resetForNextTrack(*e);
-    tracks.push_back(burnTrack(*e, 44100, "Say \"Hi\"", "")); // a second: an image keeps it short
+    tracks.push_back(burnTrack(*e, 44100, "Say \"Hi\"", "")); // a second, padded to four with silence
     resetForNextTrack(*e);
     tracks.push_back(burnTrack(*e, 220623, "Caf\xC3\xA9", "Zo\xC3\xAB"));
 
@@ -174,7 +188,7 @@ TEST_F(ImageRecorderTest, ThreeTracksOneAtATimeMakeAnImageLibcdioReads)
     ASSERT_EQ(cues.size(), 1u);
     const auto bins = filesWith(".bin");
     ASSERT_EQ(bins.size(), 1u);
-    EXPECT_EQ(static_cast<int64_t>(fs::file_size(bins[0])), (338 + 150 + 75 + 150 + 376) * sector);
+    EXPECT_EQ(static_cast<int64_t>(fs::file_size(bins[0])), (338 + 150 + 300 + 150 + 376) * sector);
     const std::string name = cues[0].stem().string();
     EXPECT_EQ(name.rfind("disc-", 0), 0u);
     const std::string expected = "REM COMMENT \"MP3 Brasswick Image Recorder\"\n"
@@ -191,8 +205,8 @@ TEST_F(ImageRecorderTest, ThreeTracksOneAtATimeMakeAnImageLibcdioReads)
                                  "  TRACK 03 AUDIO\n"
                                  "    TITLE \"Caf\xE9\"\n"
                                  "    PERFORMER \"Zo\xEB\"\n"
-                                 "    INDEX 00 00:07:38\n"
-                                 "    INDEX 01 00:09:38\n"
+                                 "    INDEX 00 00:10:38\n"
+                                 "    INDEX 01 00:12:38\n"
                                  "    REM SECTORS 376\n";
     EXPECT_EQ(readText(cues[0]), expected);
     expectImage(cues[0], tracks);
@@ -515,3 +529,38 @@ TEST_F(ImageRecorderTest, DevicesAndSettings)
 }
 
 } // namespace
+
+TEST_F(ImageRecorderTest, AHundredthTrackIsRefusedAndTheImageKeepsItsNinetyNine)
+{
+    auto e = makeEngine(0);
+    std::vector<Track> tracks;
+    // Short tracks, each padded with silence to four seconds.
+    for (int i = 0; i < 99; ++i) {
+        tracks.push_back(burnTrack(*e, 100 + i, "T" + std::to_string(i + 1), ""));
+        resetForNextTrack(*e);
+    }
+    const auto cues = filesWith(".cue");
+    ASSERT_EQ(cues.size(), 1u);
+    const std::string before = readText(cues[0]);
+    // The hundredth goes the way of any refused track: AddTrack says no, nothing is written.
+    writeWave(workFile(), 100, "T100", "", ++seed);
+    EXPECT_NE(e->AddTrack(workFile().string(), 0), 0);
+    EXPECT_NE(e->WriteTracks(), 0); // nothing listed to write
+    EXPECT_EQ(readText(cues[0]), before);
+    expectImage(cues[0], tracks);
+}
+
+TEST_F(ImageRecorderTest, ADiscEndsAt99Minutes59Seconds74Frames)
+{
+    platform::writer::ImageRecorder recorder(images(), 0);
+    constexpr int64_t framesPerSector = 588;
+    // An empty disc: 449850 sectors after the two seconds before track 1 end at 99:59:74.
+    EXPECT_TRUE(recorder.takesTracks({449850 * framesPerSector}, 150));
+    EXPECT_FALSE(recorder.takesTracks({449850 * framesPerSector + 1}, 150));
+    // The pauses count: two tracks and the 150 sectors between them.
+    EXPECT_TRUE(recorder.takesTracks({200000 * framesPerSector, 249700 * framesPerSector}, 150));
+    EXPECT_FALSE(recorder.takesTracks({200000 * framesPerSector, 249701 * framesPerSector}, 150));
+    // 99 tracks of four seconds fit; a hundredth of any length does not.
+    EXPECT_TRUE(recorder.takesTracks(std::vector<int64_t>(99, 1), 150));
+    EXPECT_FALSE(recorder.takesTracks(std::vector<int64_t>(100, 1), 150));
+}
