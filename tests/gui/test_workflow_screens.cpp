@@ -118,6 +118,7 @@ struct Program {
             platform::media::addRealMediaComponents(components, loop);
             platform::writer::Options o;
             o.imageFolder = work / "discs";
+            o.logFolder = work / "state" / "brasswick";
             o.scanSystemRecorders = false;
             components.writerEngine = [this, o] { return std::make_unique<platform::writer::CdWriterEngine>(loop, o); };
         }

@@ -587,6 +587,7 @@ void Runner::cmdStart()
         // The Image Recorder only: a scenario never burns a disc in a drive of the machine.
         platform::writer::Options o;
         o.imageFolder = m_work / "discs";
+        o.logFolder = m_work / "state" / "brasswick";
         o.scanSystemRecorders = false;
         rt::EventLoop &loop = *m_loop;
         m_components->writerEngine = [&loop, o] { return std::make_unique<platform::writer::CdWriterEngine>(loop, o); };

@@ -1,5 +1,6 @@
 #include "CdWriterEngine.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <system_error>
@@ -24,6 +25,40 @@ constexpr const char *workName = "writer";
 constexpr auto discStateLife = std::chrono::milliseconds(800);
 // PreGapSize beyond a minute is taken for a mistake.
 constexpr int longestPause = 60 * sectorsPerSecond;
+// Tracks of one burn follow each other within the decoding of the next file (and the wait for a
+// disc); a WriteTracks after a longer pause starts a new burn log.
+constexpr auto longestPauseInABurn = std::chrono::minutes(15);
+
+std::string resultText(int result)
+{
+    switch (result) {
+    case writeOk:
+        return "written";
+    case writeStopped:
+        return "stopped: the writer was closed";
+    case sourceUnreadable:
+        return "the work file could not be read as CD audio";
+    case imageFolderUnusable:
+        return "the image folder can't be written";
+    case writeFailed:
+        return "writing failed (a full disk?)";
+    case discFull:
+        return "the disc is full: 99 tracks or 99:59:74";
+    case recorderProgramMissing:
+        return "wodim can't be run";
+    default:
+        return "wodim's exit status";
+    }
+}
+
+std::string minutesSecondsFrames(int64_t frames)
+{
+    const int64_t sectors = (frames + 587) / 588;
+    char text[32];
+    std::snprintf(text, sizeof text, "%02lld:%02lld.%02lld", static_cast<long long>(sectors / 4500),
+                  static_cast<long long>(sectors / 75 % 60), static_cast<long long>(sectors % 75));
+    return text;
+}
 
 fs::path homeFolder()
 {
@@ -87,6 +122,7 @@ public:
     {
         m_lastOfJob = last;
         m_percent = 0;
+        m_closed = false;
     }
     bool stopRequested() const override { return m_engine.m_stop; }
     bool pause(int ms) override
@@ -108,8 +144,11 @@ public:
     // A close applies to the last of the listed tracks: closing earlier would leave the rest
     // without a disc to go on.
     bool closeRequested() const override { return m_lastOfJob && (m_engine.m_closeDisc || m_engine.m_closeSession); }
+    void log(const std::string &line) override { m_engine.m_log.line(line); }
+    bool closed() const { return m_closed; }
     void closing() override
     {
+        m_closed = true;
         m_engine.post([](CdWriterEngine &e) {
             if (auto handler = e.OnClosingDisc)
                 handler();
@@ -120,6 +159,7 @@ private:
     CdWriterEngine &m_engine;
     bool m_lastOfJob = true;
     int m_percent = 0;
+    bool m_closed = false;
 };
 
 CdWriterEngine::CdWriterEngine(rt::EventLoop &loop, Options options)
@@ -127,6 +167,7 @@ CdWriterEngine::CdWriterEngine(rt::EventLoop &loop, Options options)
     , m_options(std::move(options))
     , m_image(m_options.imageFolder.empty() ? defaultImageFolder() : m_options.imageFolder, m_options.setupMs)
     , m_wodim(m_options.wodimPath)
+    , m_log(m_options.logFolder.empty() ? BurnLog::defaultFolder() : m_options.logFolder)
 {
 }
 
@@ -142,6 +183,7 @@ CdWriterEngine::~CdWriterEngine()
     // A job that ended without its OnTrackDone still has its work in hand.
     if (m_workOpen.exchange(false))
         m_loop.endWork(workName);
+    m_log.end("The writer was closed at " + burnLogTime() + ".");
 }
 
 void CdWriterEngine::post(std::function<void(CdWriterEngine &)> event, std::string work)
@@ -232,8 +274,12 @@ int CdWriterEngine::DiscState()
     Device *d = currentDevice();
     if (!d)
         return -1;
-    if (d->image)
-        return m_image.discState();
+    if (d->image) {
+        const int state = m_image.discState();
+        m_discStateNote = "Disc state " + std::to_string(state) + ": the image folder " + (state == 0 ? "can" : "can't")
+                          + " be written (" + m_image.folder().string() + ")";
+        return state;
+    }
     // The drive is busy with our own write: no disc is ready for another.
     if (m_busy)
         return 1;
@@ -246,6 +292,8 @@ int CdWriterEngine::DiscState()
         read = m_options.readDriveDiscState(d->dev);
     const int state = read ? *read : m_wodim.probeDiscState(wodimSettings(*d));
     m_discState = CachedState{m_current, state, std::chrono::steady_clock::now()};
+    m_discStateNote = "Disc state " + std::to_string(state) + (read ? ", read from the drive (READ DISC INFORMATION)"
+                                                                     : ", from wodim -atip (the drive told nothing)");
     return state;
 }
 
@@ -299,6 +347,7 @@ int CdWriterEngine::WriteTracks()
         return 4;
     if (m_worker.joinable())
         m_worker.join();
+    logTracks(*d, job.tracks);
     m_busy = true;
     m_workOpen = true;
     m_loop.beginWork(workName);
@@ -322,9 +371,11 @@ void CdWriterEngine::run(Job job)
     int result = writeOk;
     for (size_t i = 0; i < job.tracks.size() && result == writeOk; ++i) {
         ctx.beginTrack(i + 1 == job.tracks.size());
+        const auto start = std::chrono::steady_clock::now();
         result = job.image ? m_image.writeTrack(job.tracks[i], ctx) : m_wodim.writeTrack(job.tracks[i], job.wodim, ctx);
         if (m_stop)
             return; // the engine is going away: no more events
+        logResult(result, ctx.closed(), std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
     }
     // Not busy before the event: its handler may start the next track at once.
     m_busy = false;
@@ -335,6 +386,51 @@ void CdWriterEngine::run(Job job)
                 handler(result);
         },
         workName);
+}
+
+void CdWriterEngine::logTracks(const Device &d, const std::vector<TrackOrder> &tracks)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (m_log.isOpen() && (m_logDevice != m_current || now - m_lastTrackEnd > longestPauseInABurn))
+        m_log.end("The log ends here: the next track begins another burn.");
+    if (!m_log.isOpen()) {
+        std::string heading = "MP3 Brasswick " BRASSWICK_VERSION " burn log\n";
+        heading += "Started " + burnLogTime() + "\n";
+        if (d.image) {
+            heading += "Device: " + d.name + " (driver type " + std::to_string(d.driverType) + "), images in "
+                       + m_image.folder().string() + "\n";
+        } else {
+            const WodimSettings s = wodimSettings(d);
+            heading += "Device: " + d.name + " (dev=" + d.dev + ", driver " + s.driverName + ", driver type "
+                       + std::to_string(d.driverType) + ")\n";
+        }
+        heading += "Settings: speed " + std::to_string(m_writeSpeed) + ", FIFO " + std::to_string(fifoSize())
+                   + " bytes, pause " + std::to_string(m_pauseSectors) + " sectors, test write "
+                   + (m_testWrite ? "yes" : "no");
+        m_log.begin(heading);
+        m_logDevice = m_current;
+        m_loggedTracks = 0;
+    }
+    for (const TrackOrder &t : tracks) {
+        const std::optional<WaveInfo> info = inspectCdWave(t.wave);
+        const int64_t frames = info ? info->frames : 0;
+        m_log.line("");
+        m_log.line("Track " + std::to_string(++m_loggedTracks) + ": " + t.wave.string() + ", " + std::to_string(frames)
+                   + " frames (" + minutesSecondsFrames(frames) + ")");
+        m_log.line(m_discStateNote.empty() ? std::string("Disc state not read before the track") : m_discStateNote);
+    }
+}
+
+void CdWriterEngine::logResult(int result, bool closed, double seconds)
+{
+    char took[32];
+    std::snprintf(took, sizeof took, "%.2f", seconds);
+    m_log.line("Result " + std::to_string(result) + " (" + resultText(result) + ") after " + took + " s");
+    m_lastTrackEnd = std::chrono::steady_clock::now();
+    if (result != writeOk)
+        m_log.end("The burn failed at " + burnLogTime() + ".");
+    else if (closed)
+        m_log.end("The disc was closed at " + burnLogTime() + ".");
 }
 
 void CdWriterEngine::setFifoBufferCount(const std::string &value)

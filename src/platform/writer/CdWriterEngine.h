@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "BurnLog.h"
 #include "DriveDiscState.h"
 #include "ImageRecorder.h"
 #include "WodimRecorder.h"
@@ -28,6 +29,8 @@ struct Options {
     std::string wodimPath = "wodim";
     // The Image Recorder's set-up before each track, as a recorder calibrating its laser.
     int setupMs = 5000;
+    // Where the burn logs go; empty: BurnLog::defaultFolder().
+    std::filesystem::path logFolder;
     // Whether to look for the system's recorders at all (the Image Recorder is always there).
     bool scanSystemRecorders = true;
     // How a recorder's disc state is read from the drive itself (READ DISC INFORMATION); where it
@@ -133,6 +136,16 @@ private:
         std::chrono::steady_clock::time_point at;
     };
     std::optional<CachedState> m_discState;
+
+    // The burn log: opened by the first WriteTracks of a burn, ended by a failed or closing
+    // track, another device, a long pause between tracks, or the engine's end.
+    void logTracks(const Device &d, const std::vector<TrackOrder> &tracks);
+    void logResult(int result, bool closed, double seconds);
+    BurnLog m_log;
+    int m_logDevice = -1;
+    int m_loggedTracks = 0;
+    std::string m_discStateNote; // how the last disc state was read, for the log
+    std::chrono::steady_clock::time_point m_lastTrackEnd;
 
     std::thread m_worker;
     std::atomic<bool> m_busy{false};

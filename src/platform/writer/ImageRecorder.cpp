@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <fstream>
@@ -197,6 +198,7 @@ int ImageRecorder::testTrack(const TrackOrder &order, WriteContext &ctx)
 int ImageRecorder::writeTrack(const TrackOrder &order, WriteContext &ctx)
 {
     // The set-up of a recorder before its laser writes: the close flags may still change.
+    ctx.log("Set-up (as a recorder calibrating its laser): " + std::to_string(m_setupMs) + " ms");
     if (!ctx.pause(m_setupMs))
         return writeStopped;
     if (order.testWrite)
@@ -261,8 +263,11 @@ int ImageRecorder::writeTrack(const TrackOrder &order, WriteContext &ctx)
 
     const WaveInfo info = wave.info();
     const int64_t frames = info.frames;
-    if (!sheetTakes(image.sheet, {frames}, order.pauseSectors))
+    if (!sheetTakes(image.sheet, {frames}, order.pauseSectors)) {
+        ctx.log("The disc is full: " + std::to_string(image.sheet.tracks.size()) + " tracks, " + std::to_string(image.sheet.sectors())
+                + " sectors");
         return undo(discFull);
+    }
     // A CD track lasts four seconds at least: a shorter one ends in silence.
     const int64_t sectors = trackSectors(frames, true);
     const bool first = image.sheet.tracks.empty();
@@ -270,6 +275,11 @@ int ImageRecorder::writeTrack(const TrackOrder &order, WriteContext &ctx)
     if (!writeZeros(fd, pause * sectorBytes))
         return undo(writeFailed);
 
+    ctx.log("Writing " + image.bin.filename().string() + " from sector " + std::to_string(oldEnd / sectorBytes) + ": "
+            + std::to_string(pause) + " sectors of pause, " + std::to_string(sectors) + " sectors of audio ("
+            + std::to_string(frames) + " frames and silence to " + (sectors == minimumTrackSectors ? "four seconds" : "a whole sector")
+            + ")");
+    const auto writeStart = std::chrono::steady_clock::now();
     int64_t done = 0;
     int last = 0;
     std::vector<char> bytes;
@@ -285,9 +295,17 @@ int ImageRecorder::writeTrack(const TrackOrder &order, WriteContext &ctx)
         done += got;
         reportUpTo(ctx, last, static_cast<int>(done * 100 / frames));
     }
-    // Silence up to a whole sector.
-    if (!writeZeros(fd, sectors * sectorBytes - frames * 4) || ::fdatasync(fd) != 0)
+    // Silence up to a whole sector, or to four seconds.
+    if (!writeZeros(fd, sectors * sectorBytes - frames * 4))
         return undo(writeFailed);
+    const auto syncStart = std::chrono::steady_clock::now();
+    if (::fdatasync(fd) != 0)
+        return undo(writeFailed);
+    const auto syncEnd = std::chrono::steady_clock::now();
+    char timing[96];
+    std::snprintf(timing, sizeof timing, "Data written in %.3f s, synced to the disk in %.3f s",
+                  std::chrono::duration<double>(syncStart - writeStart).count(), std::chrono::duration<double>(syncEnd - syncStart).count());
+    ctx.log(timing);
     reportUpTo(ctx, last, 100);
 
     ImageTrack track;
@@ -309,8 +327,12 @@ int ImageRecorder::writeTrack(const TrackOrder &order, WriteContext &ctx)
         ctx.closing();
         sheet.finalised = true;
     }
-    if (!rt::writeFileAtomically(image.cue, renderCue(sheet)))
+    if (!rt::writeFileAtomically(image.cue, renderCue(sheet))) {
+        ctx.log("The sheet " + image.cue.filename().string() + " could not be written");
         return undo(writeFailed);
+    }
+    ctx.log("Sheet " + image.cue.filename().string() + " rewritten: " + std::to_string(sheet.tracks.size()) + " tracks, disc "
+            + (sheet.finalised ? "finalised" : "open"));
     ::close(fd);
     return writeOk;
 }

@@ -1,6 +1,7 @@
 #include "WodimRecorder.h"
 
 #include <cstdlib>
+#include <functional>
 #include <fstream>
 
 #include <unistd.h>
@@ -108,6 +109,46 @@ int copyTrack(const fs::path &source, const fs::path &copy, const fs::path &inf,
     return text ? writeOk : writeFailed;
 }
 
+// The command as a user would type it again: arguments with blanks or quotes in single quotes.
+std::string commandLine(const std::string &program, const std::vector<std::string> &args)
+{
+    std::string line = "$ " + program;
+    for (const std::string &a : args) {
+        line += ' ';
+        if (!a.empty() && a.find_first_of(" \t'\"\\$") == std::string::npos) {
+            line += a;
+            continue;
+        }
+        line += '\'';
+        for (char c : a)
+            line += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        line += '\'';
+    }
+    return line;
+}
+
+// Runs wodim for a burn, every line it prints and its exit status in the burn log.
+ChildRun runLogged(const std::string &program, const std::vector<std::string> &args, WriteContext &ctx,
+                   const std::function<void(const std::string &)> &onLine, const std::function<bool()> &stop)
+{
+    ctx.log(commandLine(program, args));
+    ChildRun run = runChild(
+        program, args,
+        [&](const std::string &line) {
+            ctx.log("  " + line);
+            if (onLine)
+                onLine(line);
+        },
+        stop);
+    if (!run.started)
+        ctx.log("wodim could not be run");
+    else if (run.stopped)
+        ctx.log("Stopped (the writer was closed)");
+    else
+        ctx.log("Exit status " + std::to_string(run.exitCode));
+    return run;
+}
+
 } // namespace
 
 WodimRecorder::WodimRecorder(std::string program) : m_program(std::move(program)) {}
@@ -149,8 +190,8 @@ int WodimRecorder::writeTrack(const TrackOrder &order, const WodimSettings &sett
     WodimSettings s = settings;
     s.dummy = order.testWrite;
     auto stop = [&ctx] { return ctx.stopRequested(); };
-    const ChildRun write = runChild(
-        m_program, wodimWriteArguments(s, copy.string()),
+    const ChildRun write = runLogged(
+        m_program, wodimWriteArguments(s, copy.string()), ctx,
         [&ctx](const std::string &line) {
             if (auto percent = parseProgressPercent(line); percent && *percent > 0)
                 ctx.progress(*percent);
@@ -167,7 +208,7 @@ int WodimRecorder::writeTrack(const TrackOrder &order, const WodimSettings &sett
     if (!ctx.closeRequested())
         return writeOk;
     ctx.closing();
-    const ChildRun fix = runChild(m_program, wodimFixArguments(s), {}, stop);
+    const ChildRun fix = runLogged(m_program, wodimFixArguments(s), ctx, {}, stop);
     if (!fix.started)
         return recorderProgramMissing;
     if (fix.stopped)

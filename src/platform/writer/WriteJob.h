@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 namespace platform::writer {
 
@@ -36,6 +37,8 @@ public:
     virtual bool closeRequested() const = 0;
     // Closing starts (OnClosingDisc).
     virtual void closing() = 0;
+    // A line for the burn log: a command, what the recorder printed, a result, a timing.
+    virtual void log(const std::string &line) { (void)line; }
 };
 
 } // namespace platform::writer

@@ -49,12 +49,14 @@ protected:
     void SetUp() override { fs::create_directories(tmp / "LocalJ"); }
 
     fs::path images() const { return tmp / "MP3 Brasswick Discs"; }
+    fs::path logs() const { return tmp / "state" / "brasswick"; }
     fs::path workFile() const { return tmp / "LocalJ" / "velmora0.wav"; }
 
     std::unique_ptr<CdWriterEngine> makeEngine(int setupMs = 20, fs::path folder = {})
     {
         Options o;
         o.imageFolder = folder.empty() ? images() : folder;
+        o.logFolder = logs();
         o.setupMs = setupMs;
         o.scanSystemRecorders = false;
         auto e = std::make_unique<CdWriterEngine>(loop, o);
@@ -563,4 +565,42 @@ TEST_F(ImageRecorderTest, ADiscEndsAt99Minutes59Seconds74Frames)
     // 99 tracks of four seconds fit; a hundredth of any length does not.
     EXPECT_TRUE(recorder.takesTracks(std::vector<int64_t>(99, 1), 150));
     EXPECT_FALSE(recorder.takesTracks(std::vector<int64_t>(100, 1), 150));
+}
+
+TEST_F(ImageRecorderTest, EveryBurnLeavesALog)
+{
+    auto e = makeEngine(0);
+    EXPECT_FALSE(fs::exists(logs())); // nothing before the first write
+    burnTrack(*e, 190000, "One", "A");
+    resetForNextTrack(*e);
+    e->setCloseDiscAfterTrack(true);
+    burnTrack(*e, 100, "Two", "");
+    ASSERT_TRUE(fs::is_symlink(logs() / "last.log"));
+    const std::string log = readText(logs() / "last.log");
+    std::istringstream lines(log);
+    std::string first;
+    std::getline(lines, first);
+    EXPECT_EQ(first, "MP3 Brasswick 1.3 burn log");
+    for (const std::string &expected :
+         {std::string("Device: Image Recorder (driver type 10), images in ") + images().string(),
+          std::string("Settings: speed 8, FIFO 4064256 bytes, pause 150 sectors, test write no"),
+          "Track 1: " + workFile().string() + ", 190000 frames (00:04.24)",
+          std::string("Disc state 0: the image folder can be written (") + images().string() + ")",
+          std::string("Set-up (as a recorder calibrating its laser): 0 ms"),
+          std::string("sectors of pause, 324 sectors of audio (190000 frames and silence to a whole sector)"),
+          "Track 2: " + workFile().string() + ", 100 frames (00:00.01)",
+          std::string(": 150 sectors of pause, 300 sectors of audio (100 frames and silence to four seconds)"),
+          std::string("rewritten: 2 tracks, disc finalised"), std::string("Result 0 (written) after "),
+          std::string("The disc was closed at ")}) {
+        EXPECT_NE(log.find(expected), std::string::npos) << expected << "\n" << log;
+    }
+    EXPECT_NE(log.find("Data written in "), std::string::npos);
+    // One log for the burn, ended by the closing track; the next burn has a log of its own.
+    resetForNextTrack(*e);
+    burnTrack(*e, 1000, "Three", "");
+    int logsMade = 0;
+    for (const auto &entry : fs::directory_iterator(logs()))
+        logsMade += entry.path().filename().string().rfind("burn-", 0) == 0;
+    EXPECT_EQ(logsMade, 2);
+    EXPECT_NE(readText(logs() / "last.log").find("Track 1: "), std::string::npos);
 }

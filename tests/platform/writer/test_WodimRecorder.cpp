@@ -58,6 +58,7 @@ protected:
         Options o;
         o.imageFolder = tmp / "images";
         o.wodimPath = wodim;
+        o.logFolder = tmp / "logs";
         o.setupMs = 0;
         // The stand-in's drives are not the machine's: wodim alone tells their disc state.
         o.readDriveDiscState = driveAnswer;
@@ -296,6 +297,35 @@ TEST_F(WodimRecorderTest, TheDriveTellsAClosedDiscThatWodimTakesForWritable)
     e->SelectDevice(1);
     EXPECT_EQ(e->DiscState(), 0);
     EXPECT_EQ(probes(), before + 1);
+}
+
+TEST_F(WodimRecorderTest, AFailedBurnLeavesALogToSend)
+{
+    auto e = makeEngine();
+    e->SelectDevice(0);
+    ::setenv("FAKE_WODIM_DISC", "blank", 1);
+    EXPECT_EQ(e->DiscState(), 0);
+    ::setenv("FAKE_WODIM_WRITE_EXIT", "255", 1);
+    writeOneTrack(*e, 190000);
+    EXPECT_EQ(rec.lastResult, 255);
+    const std::string log = readText(tmp / "logs" / "last.log");
+    for (const std::string &expected :
+         {std::string("MP3 Brasswick 1.3 burn log\n"), std::string("Device: HL-DT-ST DVDRAM GH24NSD1 (/dev/sr0) (dev=/dev/sr0, driver mmc_cdr, driver type 10)"),
+          std::string("Disc state 0, from wodim -atip (the drive told nothing)"),
+          std::string("$ ") + FAKE_WODIM + " -v dev=/dev/sr0 driver=mmc_cdr speed=8 fs=4064256 -tao -audio -pad -nofix -text -useinfo ",
+          std::string("  wodim: No disk / Wrong disk!"), std::string("Exit status 255"),
+          std::string("Result 255 (wodim's exit status) after "), std::string("The burn failed at ")}) {
+        EXPECT_NE(log.find(expected), std::string::npos) << expected << "\n" << log;
+    }
+    // The next burn starts a log of its own.
+    ::setenv("FAKE_WODIM_WRITE_EXIT", "0", 1);
+    e->InitEngine();
+    writeOneTrack(*e, 190000);
+    EXPECT_EQ(rec.lastResult, 0);
+    const std::string next = readText(tmp / "logs" / "last.log");
+    EXPECT_EQ(next.find("No disk"), std::string::npos);
+    EXPECT_NE(next.find("  Track 01: Total bytes read/written: "), std::string::npos) << next;
+    EXPECT_NE(next.find("Exit status 0"), std::string::npos);
 }
 
 TEST_F(WodimRecorderTest, DestroyingTheEngineStopsWodim)

@@ -231,6 +231,7 @@ TEST(WriterEngineOptions, TheImageFolderComesFromTheOptions)
     rt::VirtualEventLoop loop;
     Options o;
     o.imageFolder = "/some/where";
+    o.logFolder = "/some/where/logs";
     o.scanSystemRecorders = false;
     auto maker = realWriterMaker(loop, o);
     auto engine = maker();
