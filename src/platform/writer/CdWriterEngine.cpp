@@ -46,6 +46,8 @@ std::string resultText(int result)
         return "the disc is full: 99 tracks or 99:59:74";
     case recorderProgramMissing:
         return "wodim can't be run";
+    case recorderStalled:
+        return "wodim stood still and was ended";
     default:
         return "wodim's exit status";
     }
@@ -261,6 +263,7 @@ WodimSettings CdWriterEngine::wodimSettings(const Device &d) const
     s.speed = m_writeSpeed;
     s.fifoBytes = fifoSize();
     s.dummy = m_testWrite;
+    s.silenceLimitMs = m_options.wodimSilenceLimitMs;
     return s;
 }
 

@@ -29,6 +29,8 @@ struct Options {
     std::string wodimPath = "wodim";
     // The Image Recorder's set-up before each track, as a recorder calibrating its laser.
     int setupMs = 5000;
+    // A wodim that prints nothing for this long during a burn is ended, and the track fails.
+    int wodimSilenceLimitMs = 10 * 60 * 1000;
     // Where the burn logs go; empty: BurnLog::defaultFolder().
     std::filesystem::path logFolder;
     // Whether to look for the system's recorders at all (the Image Recorder is always there).

@@ -80,7 +80,7 @@ private:
 
 ChildRun runChild(const std::string &program, const std::vector<std::string> &args,
                   const std::function<void(const std::string &line)> &onLine, const std::function<bool()> &stop,
-                  int timeoutMs)
+                  int timeoutMs, int quietTimeoutMs)
 {
     ChildRun run;
     int fds[2];
@@ -133,6 +133,7 @@ ChildRun runChild(const std::string &program, const std::vector<std::string> &ar
 
     LineSplitter lines(run, onLine);
     const auto started = Clock::now();
+    auto lastHeard = started;
     Clock::time_point termSent{};
     bool killed = false;
     bool exited = false;
@@ -147,8 +148,10 @@ ChildRun runChild(const std::string &program, const std::vector<std::string> &ar
             const int ready = ::poll(&p, 1, 50);
             if (ready > 0) {
                 const ssize_t n = ::read(fds[0], buf, sizeof buf);
-                if (n > 0)
+                if (n > 0) {
                     lines.feed(buf, static_cast<size_t>(n));
+                    lastHeard = Clock::now();
+                }
                 else if (n == 0 || (errno != EINTR && errno != EAGAIN))
                     pipeOpen = false;
             } else if (ready < 0 && errno != EINTR) {
@@ -172,7 +175,8 @@ ChildRun runChild(const std::string &program, const std::vector<std::string> &ar
         if (exited)
             continue;
         const bool stopAsked = stop && stop();
-        const bool late = timeoutMs > 0 && now - started > std::chrono::milliseconds(timeoutMs);
+        const bool late = (timeoutMs > 0 && now - started > std::chrono::milliseconds(timeoutMs))
+                          || (quietTimeoutMs > 0 && now - lastHeard > std::chrono::milliseconds(quietTimeoutMs));
         if ((stopAsked || late) && termSent == Clock::time_point{}) {
             run.stopped = stopAsked;
             run.timedOut = !stopAsked;

@@ -17,11 +17,12 @@ struct ChildRun {
 // Runs a program without a shell (the arguments are passed as they are), stdin from /dev/null,
 // stdout and stderr into one pipe read line by line; a line ends at '\n' or at '\r', which is how
 // recorders redraw their progress line. `onLine` is called on this thread for every non-empty
-// line. `stop` is polled; when it says so, or after `timeoutMs` (0: none), the child gets SIGTERM
-// and, two seconds later, SIGKILL. Messages are asked for in the C locale.
+// line. `stop` is polled; when it says so, after `timeoutMs` (0: none), or when the child has
+// printed nothing for `quietTimeoutMs` (0: no limit), the child gets SIGTERM and, two seconds
+// later, SIGKILL. Messages are asked for in the C locale.
 ChildRun runChild(const std::string &program, const std::vector<std::string> &args,
                   const std::function<void(const std::string &line)> &onLine = {},
-                  const std::function<bool()> &stop = {}, int timeoutMs = 0);
+                  const std::function<bool()> &stop = {}, int timeoutMs = 0, int quietTimeoutMs = 0);
 
 // Whether `program` names an executable file, directly or through PATH.
 bool findExecutable(const std::string &program);

@@ -42,6 +42,9 @@ struct WodimSettings {
     int speed = 0;          // speed=, none when 0 or less
     int64_t fifoBytes = 0;  // fs=, none when 0 or less
     bool dummy = false;     // -dummy: the laser stays off
+    // A wodim that prints nothing for this long is taken for stuck and ended (a write prints a
+    // line a megabyte; a fixation is silent for a few minutes at most).
+    int silenceLimitMs = 10 * 60 * 1000;
 };
 
 // One track, track at once, the session left open; CD-Text from the .inf beside the file.

@@ -129,7 +129,7 @@ std::string commandLine(const std::string &program, const std::vector<std::strin
 
 // Runs wodim for a burn, every line it prints and its exit status in the burn log.
 ChildRun runLogged(const std::string &program, const std::vector<std::string> &args, WriteContext &ctx,
-                   const std::function<void(const std::string &)> &onLine, const std::function<bool()> &stop)
+                   const std::function<void(const std::string &)> &onLine, const std::function<bool()> &stop, int silenceLimitMs)
 {
     ctx.log(commandLine(program, args));
     ChildRun run = runChild(
@@ -139,11 +139,13 @@ ChildRun runLogged(const std::string &program, const std::vector<std::string> &a
             if (onLine)
                 onLine(line);
         },
-        stop);
+        stop, 0, silenceLimitMs);
     if (!run.started)
         ctx.log("wodim could not be run");
     else if (run.stopped)
         ctx.log("Stopped (the writer was closed)");
+    else if (run.timedOut)
+        ctx.log("Ended: wodim printed nothing for " + std::to_string(silenceLimitMs / 1000) + " s");
     else
         ctx.log("Exit status " + std::to_string(run.exitCode));
     return run;
@@ -196,11 +198,13 @@ int WodimRecorder::writeTrack(const TrackOrder &order, const WodimSettings &sett
             if (auto percent = parseProgressPercent(line); percent && *percent > 0)
                 ctx.progress(*percent);
         },
-        stop);
+        stop, s.silenceLimitMs);
     if (!write.started)
         return recorderProgramMissing;
     if (write.stopped)
         return writeStopped;
+    if (write.timedOut)
+        return recorderStalled;
     if (write.exitCode != 0)
         return write.exitCode;
     ctx.progress(100);
@@ -208,11 +212,13 @@ int WodimRecorder::writeTrack(const TrackOrder &order, const WodimSettings &sett
     if (!ctx.closeRequested())
         return writeOk;
     ctx.closing();
-    const ChildRun fix = runLogged(m_program, wodimFixArguments(s), ctx, {}, stop);
+    const ChildRun fix = runLogged(m_program, wodimFixArguments(s), ctx, {}, stop, s.silenceLimitMs);
     if (!fix.started)
         return recorderProgramMissing;
     if (fix.stopped)
         return writeStopped;
+    if (fix.timedOut)
+        return recorderStalled;
     return fix.exitCode;
 }
 

@@ -13,6 +13,7 @@ enum WriteResult : int {
     imageFolderUnusable = 3,   // the image folder can't be created or written
     writeFailed = 4,           // writing the image (or the private copy) failed, e.g. a full disk
     discFull = 5,              // the disc holds 99 tracks, or the track would end past 99:59:74
+    recorderStalled = 6,       // wodim printed nothing for too long and was ended
     recorderProgramMissing = 127,
 };
 

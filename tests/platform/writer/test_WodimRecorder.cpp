@@ -17,7 +17,8 @@ namespace {
 
 const std::vector<std::string> fakeVariables = {"FAKE_WODIM_LOG",        "FAKE_WODIM_DEVICES",  "FAKE_WODIM_SCANBUS",
                                                 "FAKE_WODIM_DISC",       "FAKE_WODIM_WRITE_EXIT", "FAKE_WODIM_FIX_EXIT",
-                                                "FAKE_WODIM_MB",         "FAKE_WODIM_DELAY"};
+                                                "FAKE_WODIM_MB",         "FAKE_WODIM_DELAY",      "FAKE_WODIM_WRITE",
+                                                "FAKE_WODIM_NODRIVER"};
 
 std::vector<std::string> split(const std::string &s, char sep)
 {
@@ -48,6 +49,7 @@ protected:
             ::unsetenv(v.c_str());
     }
 
+    int silenceLimitMs = 10 * 60 * 1000;
     std::function<std::optional<int>(const std::string &)> driveAnswer = [](const std::string &) { return std::nullopt; };
 
     fs::path log() const { return tmp / "wodim.log"; }
@@ -59,6 +61,7 @@ protected:
         o.imageFolder = tmp / "images";
         o.wodimPath = wodim;
         o.logFolder = tmp / "logs";
+        o.wodimSilenceLimitMs = silenceLimitMs;
         o.setupMs = 0;
         // The stand-in's drives are not the machine's: wodim alone tells their disc state.
         o.readDriveDiscState = driveAnswer;
@@ -326,6 +329,68 @@ TEST_F(WodimRecorderTest, AFailedBurnLeavesALogToSend)
     EXPECT_EQ(next.find("No disk"), std::string::npos);
     EXPECT_NE(next.find("  Track 01: Total bytes read/written: "), std::string::npos) << next;
     EXPECT_NE(next.find("Exit status 0"), std::string::npos);
+}
+
+// How each of wodim's own ways of failing a write reaches the program: OnTrackDone with a result
+// other than 0 (the writer's failure path), the line that told why in the burn log, no hang.
+struct WodimFailure {
+    const char *ending;     // FAKE_WODIM_WRITE
+    const char *disc;       // FAKE_WODIM_DISC
+    int result;             // what OnTrackDone gets
+    const char *logLine;    // what the log shows of it
+};
+
+class WodimFailureTest : public WodimRecorderTest, public ::testing::WithParamInterface<WodimFailure> {};
+
+TEST_P(WodimFailureTest, EndsThroughTheWritersFailurePath)
+{
+    const WodimFailure f = GetParam();
+    silenceLimitMs = 1000;
+    auto e = makeEngine();
+    e->SelectDevice(0);
+    ::setenv("FAKE_WODIM_WRITE", f.ending, 1);
+    writeWave(workFile(), 190000, "T", "A", 1);
+    ASSERT_EQ(e->AddTrack(workFile().string(), 0), 0);
+    // The disc state was fine when asked; it is the write that fails.
+    ASSERT_EQ(e->DiscState(), 0);
+    ::setenv("FAKE_WODIM_DISC", f.disc, 1);
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(e->WriteTracks(), 0);
+    ASSERT_TRUE(rec.waitDone(loop, 1));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)) << "the burn hung";
+    EXPECT_EQ(rec.lastResult, f.result);
+    EXPECT_FALSE(rec.saw("closing"));
+    EXPECT_TRUE(loop.workInHand().empty());
+    // No progress from lines that aren't wodim's progress.
+    ASSERT_FALSE(rec.progressPerJob.empty());
+    for (int p : rec.progressPerJob.back())
+        EXPECT_LE(p, 50) << f.ending;
+    const std::string log = readText(tmp / "logs" / "last.log");
+    EXPECT_NE(log.find(f.logLine), std::string::npos) << log;
+    EXPECT_NE(log.find("The burn failed at "), std::string::npos) << log;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryEnding, WodimFailureTest,
+    ::testing::Values(WodimFailure{"refused", "blank", 255, "  wodim: No disk / Wrong disk!"},
+                      WodimFailure{"ok", "none", 255, "  Sense Code: 0x3A Qual 0x01 (medium not present - tray closed) Fru 0x0"},
+                      WodimFailure{"ok", "notready", 255, "  wodim: CD/DVD-Recorder not ready."},
+                      WodimFailure{"full", "blank", 255, "  wodim: WARNING: Data may not fit on current disk."},
+                      WodimFailure{"underrun", "blank", 254, "  wodim: The current problem looks like a buffer underrun."},
+                      WodimFailure{"writeerror", "blank", 254, "  wodim: A write error occured."},
+                      WodimFailure{"reload", "blank", 255, "  wodim: Aborted by EOF on input."},
+                      WodimFailure{"garbage", "blank", 3, "  @@@ 12 of 34 MB ###"},
+                      WodimFailure{"hang", "blank", 6, "Ended: wodim printed nothing for 1 s"}),
+    [](const ::testing::TestParamInfo<WodimFailure> &info) {
+        return std::string(info.param.ending) + "_" + info.param.disc;
+    });
+
+TEST_F(WodimRecorderTest, ATransportThatCannotBeOpenedListsNoRecorder)
+{
+    ::setenv("FAKE_WODIM_NODRIVER", "1", 1);
+    auto e = makeEngine();
+    ASSERT_EQ(e->DeviceCount(), 1);
+    EXPECT_EQ(e->DeviceName(0), "Image Recorder");
 }
 
 TEST_F(WodimRecorderTest, DestroyingTheEngineStopsWodim)
