@@ -43,7 +43,7 @@ packages=(build-essential cmake ninja-build pkg-config
           libcurl4-openssl-dev
           libgtest-dev libbenchmark-dev
           clang libclang-rt-14-dev
-          xvfb xauth x11-utils imagemagick qt6-qpa-plugins
+          xvfb xauth x11-utils xdotool imagemagick qt6-qpa-plugins
           dpkg-dev file lintian appstream desktop-file-utils xdg-utils)
 missing=()
 for p in "${packages[@]}"; do

@@ -48,6 +48,11 @@ void BarDecay::advanceBar(Bar &bar, double reading, int elapsedMs) const
     bar.peak = std::max(bar.peak, bar.level);
 }
 
+bool BarDecay::silent() const
+{
+    return std::all_of(m_bars.begin(), m_bars.end(), [](const Bar &b) { return b.level <= 0.0 && b.peak <= 0.0; });
+}
+
 void BarDecay::reset()
 {
     for (Bar &bar : m_bars)

@@ -32,6 +32,8 @@ public:
     void reset();
 
     int count() const { return static_cast<int>(m_bars.size()); }
+    // Every bar and mark at the bottom: nothing moves until a reading is above silence.
+    bool silent() const;
     // 0.0 to 1.0; 0.0 outside the row.
     double level(int bar) const;
     double peak(int bar) const;

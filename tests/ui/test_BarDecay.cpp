@@ -25,6 +25,28 @@ TEST(BarDecay, ALouderReadingShowsAtOnce)
     EXPECT_DOUBLE_EQ(d.peak(1), 0.9);
 }
 
+TEST(BarDecay, SilentOnlyWhenEveryBarAndMarkIsDown)
+{
+    BarDecay d = spectrumDesign();
+    EXPECT_TRUE(d.silent()); // no bars yet
+    d.advance({0.0, 0.0}, 33);
+    EXPECT_TRUE(d.silent());
+    d.advance({0.0, 0.5}, 33);
+    EXPECT_FALSE(d.silent());
+    // The bar falls in 0.35 s, the peak mark holds 0.7 s and then falls 7 % a tenth: not silent
+    // until the mark is down too.
+    d.advance({0.0, 0.0}, 400);
+    EXPECT_DOUBLE_EQ(d.level(1), 0.0);
+    EXPECT_FALSE(d.silent());
+    for (int i = 0; i < 100 && !d.silent(); ++i)
+        d.advance({0.0, 0.0}, 100);
+    EXPECT_TRUE(d.silent());
+    EXPECT_DOUBLE_EQ(d.peak(1), 0.0);
+    d.advance({0.0, 0.5}, 33);
+    d.reset();
+    EXPECT_TRUE(d.silent());
+}
+
 TEST(BarDecay, AQuieterReadingIsApproachedAtTheDecaySpeed)
 {
     // Decay 7: the whole scale in 0.7 s, so 0.1 of it in 70 ms.

@@ -36,4 +36,11 @@ void FeedPoller::setActive(bool on)
     }
 }
 
+void FeedPoller::setResting(bool resting)
+{
+    const int interval = resting ? RestingIntervalMs : IntervalMs;
+    if (m_timer.interval() != interval)
+        m_timer.setInterval(interval);
+}
+
 } // namespace uiqt

@@ -110,7 +110,13 @@ void LevelMeterView::tick(int elapsedMs)
         m_poller.setActive(false);
         return;
     }
+    const bool wasSilent = m_state.silent();
     m_state.advance({meter->readPeak()}, elapsedMs);
+    // A meter at rest that reads silence again shows the same picture: nothing to draw.
+    const bool resting = wasSilent && m_state.silent();
+    m_poller.setResting(resting);
+    if (resting)
+        return;
     m_meter->update();
 }
 

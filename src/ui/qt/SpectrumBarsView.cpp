@@ -135,7 +135,13 @@ void SpectrumBarsView::tick(int elapsedMs)
     }
     const std::vector<double> bars = ui::spectrumBars(s->readBins(), s->FrequencyScale(), m_bars->barRoom());
     // Nothing playing: the bars fall away as they would to silence.
+    const bool wasSilent = m_state.silent();
     m_state.advance(bars.empty() ? std::vector<double>(m_state.count(), 0.0) : bars, elapsedMs);
+    // Once every bar is down, the picture is the grid alone: nothing to draw again until sound comes.
+    const bool resting = wasSilent && m_state.silent();
+    m_poller.setResting(resting);
+    if (resting)
+        return;
     m_bars->update();
 }
 
