@@ -194,8 +194,9 @@ public:
     void Close() override
     {
         call("Close");
+        // Closed while data flows: straight to closing, with no stopped event first.
         if (m_flowing)
-            endFlow();
+            endFlow(false);
         m_state = 0;
         detachSource();
         post([this] {
@@ -255,13 +256,15 @@ private:
             m_pacedSource->setClock(nullptr);
         m_pacedSource = nullptr;
     }
-    void endFlow()
+    void endFlow(bool tellStopped = true)
     {
         stopTimer();
         if (m_pacedSource)
             m_pacedSource->setClock(nullptr);
         m_flowing = false;
         m_stoppedAfter = world().loop ? std::min<int64_t>(world().loop->now() - m_startedAt, world().decodeMs) : 0;
+        if (!tellStopped)
+            return;
         post([this] {
             m_state &= ~StateFlowing;
             if (OnStopped)

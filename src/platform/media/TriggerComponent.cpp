@@ -169,6 +169,8 @@ void TriggerComponent::flowEnded(bool sinkRefused)
     m_loop.postEvent(
         m_alive,
         [this, sinkRefused, flow] {
+            if (flow == m_closedFlow)
+                return;
             if (sinkRefused && flow == m_flowId)
                 m_state &= ~StateFlowing;
             fireEvent(OnStopped);
@@ -215,6 +217,9 @@ void TriggerComponent::closeChain()
 
 void TriggerComponent::Close()
 {
+    // Closed while data flows: straight to closing, with no stopped event first.
+    if (m_state & StateFlowing)
+        m_closedFlow = m_flowId;
     joinWorker();
     closeChain();
     m_state = 0;

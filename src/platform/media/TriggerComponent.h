@@ -51,6 +51,8 @@ private:
     std::atomic<bool> m_bufferEventPending{false};
     // Counts the flows, so a late stop doesn't touch the bits of a flow begun after it.
     std::atomic<unsigned> m_flowId{0};
+    // The flow a Close cut short: its stop is not told (0: none).
+    unsigned m_closedFlow = 0;
     std::thread m_worker;
     PcmSource *m_source = nullptr;
     PcmSink *m_sink = nullptr;

@@ -416,6 +416,52 @@ TEST(MediaChain, StatesStopAndResume)
     EXPECT_EQ(events.back(), "closed");
 }
 
+TEST(MediaChain, CloseWhileDataFlowsSaysClosedOnly)
+{
+    TempFolder dir;
+    const std::string mp3 = makeMp3(dir, "long.mp3", tone(44100, 2, 10.0));
+    rt::VirtualEventLoop loop;
+    Mp3FileSource source;
+    GateSink sink;
+    TriggerComponent trigger(loop);
+    Events events;
+    Mp3Chain::hook(trigger, events);
+    trigger.setInput(&source);
+    trigger.setOutput(&sink);
+    source.setFileName(mp3);
+    trigger.Start();
+    // Closed while the worker holds its first buffer: straight to closing, not through Stop.
+    while (!sink.entered)
+        std::this_thread::yield();
+    std::thread releaser([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        sink.letGo();
+    });
+    trigger.Close();
+    releaser.join();
+    EXPECT_EQ(trigger.State(), 0);
+    EXPECT_TRUE(sink.closed);
+    ASSERT_TRUE(settle(loop));
+    const Events f = folded(events);
+    EXPECT_EQ(std::count(f.begin(), f.end(), "stopped"), 0);
+    EXPECT_EQ(std::count(f.begin(), f.end(), "closed"), 1);
+    EXPECT_EQ(f.back(), "closed");
+    EXPECT_TRUE(loop.workInHand().empty());
+
+    // A flow that ended by itself was told stopped; a Close after it says closed as well.
+    trigger.setInput(&source);
+    trigger.setOutput(&sink);
+    source.setFileName(mp3);
+    sink.letGo();
+    trigger.Start();
+    ASSERT_TRUE(settle(loop));
+    trigger.Close();
+    ASSERT_TRUE(settle(loop));
+    const Events g = folded(events);
+    EXPECT_EQ(std::count(g.begin(), g.end(), "stopped"), 1);
+    EXPECT_EQ(g.back(), "closed");
+}
+
 TEST(MediaChain, CloseWithoutStartStillSaysClosed)
 {
     rt::VirtualEventLoop loop;
