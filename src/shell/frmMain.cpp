@@ -659,6 +659,15 @@ std::optional<std::string> frmMain::callRoutine(const std::string &name, const s
         pOutputPlayList(args.empty() ? std::string() : args[0]);
         return std::string();
     }
+    if (name == "frmmainvis" || name == "frmmainheight") {
+        rt::Integer value = args.empty() ? rt::Integer(0) : rt::CInt(args[0]);
+        name == "frmmainvis" ? frmmainvis(value) : frmmainheight(value);
+        return std::string();
+    }
+    if (name == "saveeq") {
+        saveeq();
+        return std::string();
+    }
     return std::nullopt;
 }
 
