@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sndfile.h>
+#include <unistd.h>
 
 #include "runtime/Paths.h"
 #include "runtime/RuntimeError.h"
@@ -61,10 +63,54 @@ WaveFileComponent::~WaveFileComponent()
     closeFile();
 }
 
+namespace {
+
+// Sets the sample count of a wave file's fact chunk; the file is left as it is when it has none.
+void setFactFrames(const std::filesystem::path &file, int64_t frames)
+{
+    if (frames < 0 || frames > 0xFFFFFFFFLL)
+        return;
+    const int fd = ::open(file.c_str(), O_RDWR | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    auto le32 = [](const unsigned char *p) {
+        return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16
+               | static_cast<uint32_t>(p[3]) << 24;
+    };
+    unsigned char head[12];
+    if (::pread(fd, head, sizeof head, 0) == static_cast<ssize_t>(sizeof head) && std::memcmp(head, "RIFF", 4) == 0
+        && std::memcmp(head + 8, "WAVE", 4) == 0) {
+        // The chunks before the audio; the fact chunk comes before "data" in every writer's files.
+        off_t at = 12;
+        for (int chunks = 0; chunks < 64; ++chunks) {
+            unsigned char chunk[8];
+            if (::pread(fd, chunk, sizeof chunk, at) != static_cast<ssize_t>(sizeof chunk) || std::memcmp(chunk, "data", 4) == 0)
+                break;
+            const uint32_t size = le32(chunk + 4);
+            if (std::memcmp(chunk, "fact", 4) == 0 && size >= 4) {
+                const uint32_t count = static_cast<uint32_t>(frames);
+                const unsigned char bytes[4] = {static_cast<unsigned char>(count), static_cast<unsigned char>(count >> 8),
+                                                static_cast<unsigned char>(count >> 16), static_cast<unsigned char>(count >> 24)};
+                if (::pwrite(fd, bytes, sizeof bytes, at + 8) != static_cast<ssize_t>(sizeof bytes)) {
+                    // The count stays as the library wrote it.
+                }
+                break;
+            }
+            at += 8 + static_cast<off_t>(size) + (size & 1);
+        }
+    }
+    ::close(fd);
+}
+
+} // namespace
+
 void WaveFileComponent::closeFile()
 {
-    if (m_file)
+    if (m_file) {
         sf_close(m_file);
+        if (m_mode == Mode::Writing && m_blockCoded && m_frameBytes > 0)
+            setFactFrames(rt::nativePath(m_fileName), m_dataPosition / m_frameBytes);
+    }
     m_file = nullptr;
     m_mode = Mode::Closed;
     m_converter.reset();
@@ -181,6 +227,7 @@ void WaveFileComponent::openSink(const StreamInfo &info)
     m_frameBytes = stream.channels * (stream.bitsPerSample / 8);
     // PCM and float wave data are little-endian, as the stream is: the bytes go as they are.
     m_rawWrite = stream == fileFormat;
+    m_blockCoded = subtype == SF_FORMAT_IMA_ADPCM || subtype == SF_FORMAT_MS_ADPCM;
     m_carry.clear();
     m_dataPosition = 0;
     m_dataSize = 0;

@@ -58,6 +58,8 @@ private:
     int m_channels = 2;
     bool m_rawWrite = true;    // the file's bytes are the stream's bytes
     bool m_failed = false;
+    // ADPCM fills its last block with padding; the fact chunk must still count the true frames.
+    bool m_blockCoded = false;
     std::vector<std::byte> m_carry;  // a part frame waiting for its rest
     std::vector<int16_t> m_samples;
     std::atomic<int64_t> m_dataPosition{0};
