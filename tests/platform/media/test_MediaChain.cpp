@@ -13,6 +13,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <signal.h>
@@ -354,19 +355,32 @@ private:
     bool m_open = false;
 };
 
-TEST(MediaChain, StatesStopAndResume)
-{
+// Ten seconds of MP3 into a sink that holds the worker at its first buffer until let go.
+struct GatedChain {
+    GatedChain()
+    {
+        Mp3Chain::hook(trigger, events);
+        connect();
+    }
+    void connect()
+    {
+        trigger.setInput(&source);
+        trigger.setOutput(&sink);
+        source.setFileName(mp3);
+    }
     TempFolder dir;
     const std::string mp3 = makeMp3(dir, "long.mp3", tone(44100, 2, 10.0));
     rt::VirtualEventLoop loop;
     Mp3FileSource source;
     GateSink sink;
-    TriggerComponent trigger(loop);
+    TriggerComponent trigger{loop};
     Events events;
-    Mp3Chain::hook(trigger, events);
-    trigger.setInput(&source);
-    trigger.setOutput(&sink);
-    source.setFileName(mp3);
+};
+
+TEST(MediaChain, StatesStopAndResume)
+{
+    GatedChain c;
+    auto [loop, source, sink, trigger, events] = std::tie(c.loop, c.source, c.sink, c.trigger, c.events);
 
     EXPECT_EQ(trigger.State(), 0);
     trigger.Start();
@@ -418,17 +432,8 @@ TEST(MediaChain, StatesStopAndResume)
 
 TEST(MediaChain, CloseWhileDataFlowsSaysClosedOnly)
 {
-    TempFolder dir;
-    const std::string mp3 = makeMp3(dir, "long.mp3", tone(44100, 2, 10.0));
-    rt::VirtualEventLoop loop;
-    Mp3FileSource source;
-    GateSink sink;
-    TriggerComponent trigger(loop);
-    Events events;
-    Mp3Chain::hook(trigger, events);
-    trigger.setInput(&source);
-    trigger.setOutput(&sink);
-    source.setFileName(mp3);
+    GatedChain c;
+    auto [loop, source, sink, trigger, events] = std::tie(c.loop, c.source, c.sink, c.trigger, c.events);
     trigger.Start();
     // Closed while the worker holds its first buffer: straight to closing, not through Stop.
     while (!sink.entered)
@@ -449,9 +454,7 @@ TEST(MediaChain, CloseWhileDataFlowsSaysClosedOnly)
     EXPECT_TRUE(loop.workInHand().empty());
 
     // A flow that ended by itself was told stopped; a Close after it says closed as well.
-    trigger.setInput(&source);
-    trigger.setOutput(&sink);
-    source.setFileName(mp3);
+    c.connect();
     sink.letGo();
     trigger.Start();
     ASSERT_TRUE(settle(loop));
