@@ -176,6 +176,8 @@ std::shared_ptr<CdReaderComponent::JoinedImage> CdReaderComponent::joinedImage(c
         joined->cue = m_joinFolder / (stem + ".cue");
         joined->bin = m_joinFolder / (stem + ".bin");
         if (const auto sheetText = joinCue(d.path, joined->bin)) {
+            // Little-endian throughout, as the join wrote it.
+            joined->facts.bigEndian = sheetText->facts.bigEndian;
             std::ofstream out(joined->cue, std::ios::binary | std::ios::trunc);
             out << sheetText->text;
             out.close();
@@ -240,21 +242,15 @@ void CdReaderComponent::fillContents(Disc &disc)
         t.Start = starts[static_cast<size_t>(i)];
         t.IsAudio = cdio_get_track_format(cd, n) == TRACK_FORMAT_AUDIO;
         t.PreEmphasis = cdio_get_track_preemphasis(cd, n) == CDIO_TRACK_FLAG_TRUE;
-        // A sheet can't say more than "copy permitted"; an image is protected only when it says
-        // NO COPY. A pressed disc says it in the control bits.
-        if (image) {
-            const auto it = disc.facts.noCopy.find(n);
-            t.CopyProtected = it != disc.facts.noCopy.end() && it->second;
-        } else {
-            t.CopyProtected = cdio_get_track_copy_permit(cd, n) == CDIO_TRACK_FLAG_FALSE;
-        }
+        // The copy bit as a drive reports it: a disc's control bits; a CUE track is permitted
+        // only with FLAGS DCP, a TOC track only with COPY, as the disc burned from it would be.
+        t.CopyProtected = cdio_get_track_copy_permit(cd, n) == CDIO_TRACK_FLAG_FALSE;
+        // A track runs to the next one's start (INDEX 01): the pause before a track belongs to
+        // the track before it, as a drive's table of contents and cd-paranoia have it.
         int32_t end = leadOut;
         if (i + 1 < count) {
             const auto next = static_cast<track_t>(n + 1);
             end = starts[static_cast<size_t>(i) + 1];
-            const lsn_t pregap = cdio_get_track_pregap_lsn(cd, next);
-            if (pregap != CDIO_INVALID_LSN && pregap > t.Start && pregap < end)
-                end = pregap;
             const bool nextIsData = cdio_get_track_format(cd, next) != TRACK_FORMAT_AUDIO;
             bool laterSession = false;
             if (image) {

@@ -282,6 +282,9 @@ std::optional<JoinedCue> joinCue(const fs::path &cue, const fs::path &bin)
     const fs::path folder = cue.parent_path();
     JoinedCue joined;
     joined.facts = *facts;
+    // The joined BIN is little-endian throughout, whatever byte order its files had: a track's
+    // end may lie in the next file (the pause before the next track is the track's own).
+    joined.facts.bigEndian.clear();
     long fileStart = 0;
     long fileSectors = -1;  // none before the first FILE line
     long nextStart = 0;
@@ -294,7 +297,8 @@ std::optional<JoinedCue> joinCue(const fs::path &cue, const fs::path &bin)
             if (!file)
                 return std::nullopt;
             const std::uint64_t room = static_cast<std::uint64_t>(maxSectors - nextStart) * bytesPerFrame;
-            const auto bytes = isRawFile(*file) ? appendRawFile(file->path, out, room) : appendSoundFile(file->path, out, room);
+            const auto bytes = isRawFile(*file) ? appendRawFile(file->path, out, room, file->type == "MOTOROLA")
+                                                : appendSoundFile(file->path, out, room);
             if (!bytes)
                 return std::nullopt;
             // Each file starts on a sector of its own.
@@ -388,9 +392,6 @@ std::optional<RewrittenToc> rewriteToc(const fs::path &toc)
         const std::string key = t.empty() ? std::string() : upper(t[0].text);
         if (key == "TRACK") {
             ++track;
-            out.text += line + "\n";
-        } else if (key == "NO" && t.size() >= 2 && upper(t[1].text) == "COPY") {
-            out.facts.noCopy[track] = true;
             out.text += line + "\n";
         } else if ((key == "FILE" || key == "AUDIOFILE" || key == "DATAFILE") && track > 0) {
             if (t.size() < 2 || !t[1].quoted || t[1].text.empty())

@@ -9,15 +9,13 @@
 namespace platform::cdrom {
 
 // What libcdio doesn't take from a disc image's sheet, read from the text beside it: the byte
-// order of each track's audio, sessions, explicit copy prohibitions and the true length of the
-// last track of one of our own images.
+// order of each track's audio, sessions and the true length of the last track of one of our own
+// images.
 struct SheetFacts {
     // Tracks (1-based) whose audio is stored big-endian.
     std::map<int, bool> bigEndian;
     // Tracks that start a session after the first.
     std::map<int, bool> laterSession;
-    // Tracks the sheet marks "NO COPY" (a CUE sheet can only grant the copy).
-    std::map<int, bool> noCopy;
     // "REM SECTORS" of our Image Recorder: the last track's length; the BIN may be longer.
     std::optional<long> lastTrackSectors;
     // The files holding the sectors, as absolute paths.

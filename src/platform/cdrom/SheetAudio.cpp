@@ -138,7 +138,7 @@ std::optional<std::uint64_t> appendSoundFile(const fs::path &file, std::ostream 
     return sink.written;
 }
 
-std::optional<std::uint64_t> appendRawFile(const fs::path &file, std::ostream &out, std::uint64_t limit)
+std::optional<std::uint64_t> appendRawFile(const fs::path &file, std::ostream &out, std::uint64_t limit, bool bigEndian)
 {
     std::error_code ec;
     if (!fs::is_regular_file(file, ec))
@@ -157,6 +157,11 @@ std::optional<std::uint64_t> appendRawFile(const fs::path &file, std::ostream &o
         const auto got = static_cast<size_t>(in.gcount());
         if (got == 0)
             break;
+        // Big-endian audio (a MOTOROLA file) goes in little-endian, as the rest of the BIN.
+        if (bigEndian) {
+            for (size_t i = 0; i + 1 < got; i += 2)
+                std::swap(buffer[i], buffer[i + 1]);
+        }
         if (!sink.put(reinterpret_cast<const std::byte *>(buffer.data()), got))
             return std::nullopt;
     }

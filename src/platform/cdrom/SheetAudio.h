@@ -14,6 +14,7 @@ namespace platform::cdrom {
 std::optional<std::uint64_t> appendSoundFile(const std::filesystem::path &file, std::ostream &out, std::uint64_t limit);
 
 // Appends a raw file's bytes as they are; nullopt as above.
-std::optional<std::uint64_t> appendRawFile(const std::filesystem::path &file, std::ostream &out, std::uint64_t limit);
+std::optional<std::uint64_t> appendRawFile(const std::filesystem::path &file, std::ostream &out, std::uint64_t limit,
+                                          bool bigEndian = false);
 
 } // namespace platform::cdrom

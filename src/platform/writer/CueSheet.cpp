@@ -154,6 +154,8 @@ std::string renderCue(const ImageSheet &sheet)
         char head[32];
         std::snprintf(head, sizeof head, "  TRACK %02d AUDIO\n", ++number);
         out += head;
+        // The user's own tracks: a copy is permitted, as the wodim path's -copy writes it.
+        out += "    FLAGS DCP\n";
         out += "    TITLE \"" + t.title + "\"\n";
         if (!t.performer.empty())
             out += "    PERFORMER \"" + t.performer + "\"\n";
@@ -216,6 +218,9 @@ std::optional<ImageSheet> parseCue(std::string_view text)
                 return std::nullopt;
             raw.emplace_back();
             lastLength = -1;
+        } else if (startsWith(line, "FLAGS")) {
+            if (raw.empty())
+                return std::nullopt;
         } else if (startsWith(line, "TITLE ") || startsWith(line, "PERFORMER ")) {
             auto value = quoted(line);
             if (!value)

@@ -139,7 +139,8 @@ std::vector<std::string> wodimWriteArguments(const WodimSettings &s, const std::
         args.push_back("speed=" + std::to_string(s.speed));
     if (s.fifoBytes > 0)
         args.push_back("fs=" + std::to_string(s.fifoBytes));
-    for (const char *a : {"-tao", "-audio", "-pad", "-nofix"})
+    // -copy: the user's own tracks may be copied, as the Image Recorder's FLAGS DCP says.
+    for (const char *a : {"-tao", "-audio", "-copy", "-pad", "-nofix"})
         args.emplace_back(a);
     if (s.dummy)
         args.emplace_back("-dummy");
@@ -173,6 +174,8 @@ std::string infFileText(const std::string &title, const std::string &performer)
     std::string out = "# written for wodim -useinfo\n";
     out += "Tracktitle=\t'" + title + "'\n";
     out += "Performer=\t'" + performer + "'\n";
+    // -useinfo takes the copy bit from here over the command line's.
+    out += "Copy_permitted=\tyes\n";
     return out;
 }
 

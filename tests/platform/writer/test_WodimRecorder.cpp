@@ -168,7 +168,7 @@ TEST_F(WodimRecorderTest, AnOpenTrackThenAClosingOne)
     ASSERT_EQ(w.size(), 1u);
     const fs::path copy = w[0].back();
     w[0].pop_back();
-    EXPECT_EQ(w[0], (std::vector<std::string>{"-v", "dev=/dev/sr0", "driver=mmc_cdr", "speed=8", "fs=4064256", "-tao", "-audio", "-pad",
+    EXPECT_EQ(w[0], (std::vector<std::string>{"-v", "dev=/dev/sr0", "driver=mmc_cdr", "speed=8", "fs=4064256", "-tao", "-audio", "-copy", "-pad",
                                               "-nofix", "-text", "-useinfo"}));
     // wodim got a private copy, gone again once the track is done.
     EXPECT_NE(copy, workFile());
@@ -218,7 +218,7 @@ TEST_F(WodimRecorderTest, TestWriteAndDriverType)
     ASSERT_EQ(w.size(), 2u);
     w[0].pop_back();
     EXPECT_EQ(w[0], (std::vector<std::string>{"-v", "dev=/dev/sr1", "driver=pioneer_dws114x", "speed=8", "fs=4064256", "-tao", "-audio",
-                                              "-pad", "-nofix", "-dummy", "-text", "-useinfo"}));
+                                              "-copy", "-pad", "-nofix", "-dummy", "-text", "-useinfo"}));
     EXPECT_EQ(w[1], (std::vector<std::string>{"-v", "dev=/dev/sr1", "driver=pioneer_dws114x", "-dummy", "-fix"}));
 
     // A type of no model: wodim chooses the driver itself; tuning reaches fs=.
@@ -233,7 +233,7 @@ TEST_F(WodimRecorderTest, TestWriteAndDriverType)
     w = writes();
     ASSERT_EQ(w.size(), 3u);
     w[2].pop_back();
-    EXPECT_EQ(w[2], (std::vector<std::string>{"-v", "dev=/dev/sr1", "speed=24", "fs=376320", "-tao", "-audio", "-pad", "-nofix", "-text",
+    EXPECT_EQ(w[2], (std::vector<std::string>{"-v", "dev=/dev/sr1", "speed=24", "fs=376320", "-tao", "-audio", "-copy", "-pad", "-nofix", "-text",
                                               "-useinfo"}));
 }
 
@@ -315,7 +315,7 @@ TEST_F(WodimRecorderTest, AFailedBurnLeavesALogToSend)
     for (const std::string &expected :
          {std::string("MP3 Brasswick 1.3 burn log\n"), std::string("Device: HL-DT-ST DVDRAM GH24NSD1 (/dev/sr0) (dev=/dev/sr0, driver mmc_cdr, driver type 10)"),
           std::string("Disc state 0, from wodim -atip (the drive told nothing)"),
-          std::string("$ ") + FAKE_WODIM + " -v dev=/dev/sr0 driver=mmc_cdr speed=8 fs=4064256 -tao -audio -pad -nofix -text -useinfo ",
+          std::string("$ ") + FAKE_WODIM + " -v dev=/dev/sr0 driver=mmc_cdr speed=8 fs=4064256 -tao -audio -copy -pad -nofix -text -useinfo ",
           std::string("  wodim: No disk / Wrong disk!"), std::string("Exit status 255"),
           std::string("Result 255 (wodim's exit status) after "), std::string("The burn failed at ")}) {
         EXPECT_NE(log.find(expected), std::string::npos) << expected << "\n" << log;

@@ -88,7 +88,7 @@ TEST(WodimArguments, TrackFixAndProbe)
     s.speed = 8;
     s.fifoBytes = fifoBytes(0, 0);
     EXPECT_EQ(wodimWriteArguments(s, "/tmp/x/track.wav"),
-              (std::vector<std::string>{"-v", "dev=/dev/sr0", "driver=mmc_cdr", "speed=8", "fs=4064256", "-tao", "-audio", "-pad",
+              (std::vector<std::string>{"-v", "dev=/dev/sr0", "driver=mmc_cdr", "speed=8", "fs=4064256", "-tao", "-audio", "-copy", "-pad",
                                         "-nofix", "-text", "-useinfo", "/tmp/x/track.wav"}));
     EXPECT_EQ(wodimFixArguments(s), (std::vector<std::string>{"-v", "dev=/dev/sr0", "driver=mmc_cdr", "-fix"}));
     EXPECT_EQ(wodimAtipArguments(s), (std::vector<std::string>{"-v", "dev=/dev/sr0", "driver=mmc_cdr", "-atip"}));
@@ -96,7 +96,7 @@ TEST(WodimArguments, TrackFixAndProbe)
     s.driverName.clear();
     s.speed = 0;
     s.fifoBytes = 0;
-    EXPECT_EQ(wodimWriteArguments(s, "t.wav"), (std::vector<std::string>{"-v", "dev=/dev/sr0", "-tao", "-audio", "-pad", "-nofix",
+    EXPECT_EQ(wodimWriteArguments(s, "t.wav"), (std::vector<std::string>{"-v", "dev=/dev/sr0", "-tao", "-audio", "-copy", "-pad", "-nofix",
                                                                           "-dummy", "-text", "-useinfo", "t.wav"}));
     EXPECT_EQ(wodimFixArguments(s), (std::vector<std::string>{"-v", "dev=/dev/sr0", "-dummy", "-fix"}));
 }
@@ -112,7 +112,7 @@ TEST(WodimArguments, FifoSize)
 TEST(WodimArguments, InfFile)
 {
     EXPECT_EQ(infFileText("It's \"Loud\"", "Band"),
-              "# written for wodim -useinfo\nTracktitle=\t'It's \"Loud\"'\nPerformer=\t'Band'\n");
+              "# written for wodim -useinfo\nTracktitle=\t'It's \"Loud\"'\nPerformer=\t'Band'\nCopy_permitted=\tyes\n");
 }
 
 TEST(CueSheetText, Msf)
