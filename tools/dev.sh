@@ -25,6 +25,9 @@ targets=()
 if [ "$what" = sanitize ] && [ "${1:-}" = thread ]; then
   build=${BRASSWICK_THREAD_SANITIZE_BUILD_DIR:-$root/build-tsan}
   configuration=(-DBRASSWICK_SANITIZE=thread -DBRASSWICK_BUILD_GUI=OFF -DBRASSWICK_BUILD_BENCH=OFF)
+  # Only the test programs of the threaded components (run-tests.sh's "threads" group).
+  targets=(--target runtime_tests platform_tests audio_tests audio_integration_tests media_tests convert_tests
+           http_tests scanner_tests cdrom_tests writer_integration_tests)
 elif [ "$what" = sanitize ]; then
   build=${BRASSWICK_SANITIZE_BUILD_DIR:-$root/build-asan}
   configuration=(-DBRASSWICK_SANITIZE=ON -DBRASSWICK_BUILD_GUI=OFF -DBRASSWICK_BUILD_BENCH=OFF)
