@@ -55,10 +55,10 @@ std::string resultText(int result)
 
 std::string minutesSecondsFrames(int64_t frames)
 {
-    const int64_t sectors = (frames + 587) / 588;
+    const int64_t sectors = (frames + framesPerSector - 1) / framesPerSector;
     char text[32];
-    std::snprintf(text, sizeof text, "%02lld:%02lld.%02lld", static_cast<long long>(sectors / 4500),
-                  static_cast<long long>(sectors / 75 % 60), static_cast<long long>(sectors % 75));
+    std::snprintf(text, sizeof text, "%02lld:%02lld.%02lld", static_cast<long long>(sectors / (60 * sectorsPerSecond)),
+                  static_cast<long long>(sectors / sectorsPerSecond % 60), static_cast<long long>(sectors % sectorsPerSecond));
     return text;
 }
 
