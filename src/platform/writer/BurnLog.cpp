@@ -1,6 +1,7 @@
 #include "BurnLog.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <utility>
