@@ -53,7 +53,7 @@ bool PcmConverter::supports(const WaveFormat &f)
     if (f.formatTag == TagPcm)
         return f.bitsPerSample == 8 || f.bitsPerSample == 16 || f.bitsPerSample == 24 || f.bitsPerSample == 32;
     if (f.formatTag == TagFloat)
-        return f.bitsPerSample == 32;
+        return f.bitsPerSample == 32 || f.bitsPerSample == 64;
     return false;
 }
 
@@ -68,8 +68,10 @@ PcmConverter::PcmConverter(const WaveFormat &from, const WaveFormat &to) : m_fro
     if (from.sampleRate != to.sampleRate) {
         m_resampler = std::make_unique<Resampler>();
         m_resampler->ratio = static_cast<double>(to.sampleRate) / from.sampleRate;
-        const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
-        const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
+        const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT64_I, SOXR_FLOAT64_I);
+        // 20-bit precision is beyond 16-bit targets; deeper ones get the 28-bit filter.
+        const bool deep = to.formatTag == TagFloat || to.bitsPerSample > 16;
+        const soxr_quality_spec_t quality = soxr_quality_spec(deep ? SOXR_VHQ : SOXR_HQ, 0);
         // One thread: the chain already has its own worker, and the machine may be small.
         const soxr_runtime_spec_t runtime = soxr_runtime_spec(1);
         soxr_error_t error = nullptr;
@@ -84,26 +86,34 @@ PcmConverter::~PcmConverter() = default;
 
 void PcmConverter::toFloat(const std::byte *data, size_t frames)
 {
+    // Every depth fits a double's 53-bit mantissa: nothing is lost on the way in.
     const size_t n = frames * static_cast<size_t>(m_from.channels);
     m_float.resize(n);
-    float *out = m_float.data();
-    switch (m_from.formatTag == TagFloat ? 0 : m_from.bitsPerSample) {
-    case 0:
+    double *out = m_float.data();
+    switch (m_from.formatTag == TagFloat ? -m_from.bitsPerSample : m_from.bitsPerSample) {
+    case -32:
         for (size_t i = 0; i < n; ++i) {
             const uint32_t bits = static_cast<uint32_t>(readLe(data + 4 * i, 4));
             float v;
             std::memcpy(&v, &bits, sizeof v);
-            out[i] = std::isfinite(v) ? v : 0.0f;
+            out[i] = std::isfinite(v) ? v : 0.0;
+        }
+        break;
+    case -64:
+        for (size_t i = 0; i < n; ++i) {
+            double v;
+            std::memcpy(&v, data + 8 * i, sizeof v);
+            out[i] = std::isfinite(v) ? v : 0.0;
         }
         break;
     case 8:
         for (size_t i = 0; i < n; ++i)
-            out[i] = (static_cast<float>(static_cast<uint8_t>(data[i])) - 128.0f) / 128.0f;
+            out[i] = (static_cast<double>(static_cast<uint8_t>(data[i])) - 128.0) / 128.0;
         break;
     case 16:
         for (size_t i = 0; i < n; ++i) {
             const auto s = static_cast<int16_t>(static_cast<uint16_t>(readLe(data + 2 * i, 2)));
-            out[i] = static_cast<float>(s) / 32768.0f;
+            out[i] = static_cast<double>(s) / 32768.0;
         }
         break;
     case 24:
@@ -111,27 +121,27 @@ void PcmConverter::toFloat(const std::byte *data, size_t frames)
             int32_t s = readLe(data + 3 * i, 3);
             if (s & 0x800000)
                 s -= 0x1000000;
-            out[i] = static_cast<float>(s) / 8388608.0f;
+            out[i] = static_cast<double>(s) / 8388608.0;
         }
         break;
     case 32:
         for (size_t i = 0; i < n; ++i)
-            out[i] = static_cast<float>(static_cast<double>(readLe(data + 4 * i, 4)) / 2147483648.0);
+            out[i] = static_cast<double>(readLe(data + 4 * i, 4)) / 2147483648.0;
         break;
     }
 }
 
-void PcmConverter::mapChannels(const std::vector<float> &in, int inChannels, std::vector<float> &out, int outChannels,
+void PcmConverter::mapChannels(const std::vector<double> &in, int inChannels, std::vector<double> &out, int outChannels,
                                size_t frames) const
 {
     out.resize(frames * static_cast<size_t>(outChannels));
-    const float *src = in.data();
-    float *dst = out.data();
+    const double *src = in.data();
+    double *dst = out.data();
     if (outChannels == 1) {
         // Many to one: the average, so that a full-scale stereo sound can't clip.
-        const float scale = 1.0f / static_cast<float>(inChannels);
+        const double scale = 1.0 / static_cast<double>(inChannels);
         for (size_t f = 0; f < frames; ++f) {
-            float sum = 0;
+            double sum = 0;
             for (int c = 0; c < inChannels; ++c)
                 sum += src[f * inChannels + c];
             dst[f] = sum * scale;
@@ -144,7 +154,7 @@ void PcmConverter::mapChannels(const std::vector<float> &in, int inChannels, std
     }
 }
 
-void PcmConverter::resample(const float *in, size_t frames, bool last)
+void PcmConverter::resample(const double *in, size_t frames, bool last)
 {
     const size_t ch = static_cast<size_t>(m_rateChannels);
     size_t capacity = static_cast<size_t>(std::ceil(static_cast<double>(frames) * m_resampler->ratio)) + 256;
@@ -176,44 +186,54 @@ void PcmConverter::resample(const float *in, size_t frames, bool last)
     m_resampled.resize(made * ch);
 }
 
-void PcmConverter::fromFloat(const float *in, size_t frames)
+namespace {
+
+// The one rounding of a conversion: to the nearest step of the target's depth, clipped to its range.
+inline int64_t quantise(double v, double scale, int64_t low, int64_t high)
+{
+    const double scaled = std::nearbyint(v * scale);
+    if (!(scaled > static_cast<double>(low)))
+        return low;
+    if (scaled > static_cast<double>(high))
+        return high;
+    return static_cast<int64_t>(scaled);
+}
+
+} // namespace
+
+void PcmConverter::fromFloat(const double *in, size_t frames)
 {
     const size_t n = frames * static_cast<size_t>(m_to.channels);
     const size_t start = m_out.size();
     m_out.resize(start + n * static_cast<size_t>(m_to.bitsPerSample / 8));
     std::byte *out = m_out.data() + start;
-    switch (m_to.formatTag == TagFloat ? 0 : m_to.bitsPerSample) {
-    case 0:
+    switch (m_to.formatTag == TagFloat ? -m_to.bitsPerSample : m_to.bitsPerSample) {
+    case -32:
         for (size_t i = 0; i < n; ++i) {
+            const float f = static_cast<float>(in[i]);
             uint32_t bits;
-            std::memcpy(&bits, &in[i], sizeof bits);
+            std::memcpy(&bits, &f, sizeof bits);
             writeLe(out + 4 * i, bits, 4);
         }
         break;
+    case -64:
+        std::memcpy(out, in, n * sizeof(double));
+        break;
     case 8:
-        for (size_t i = 0; i < n; ++i) {
-            const long v = std::clamp(std::lrint(in[i] * 128.0f) + 128L, 0L, 255L);
-            out[i] = static_cast<std::byte>(v);
-        }
+        for (size_t i = 0; i < n; ++i)
+            out[i] = static_cast<std::byte>(quantise(in[i], 128.0, -128, 127) + 128);
         break;
     case 16:
-        for (size_t i = 0; i < n; ++i) {
-            const long v = std::clamp(std::lrint(in[i] * 32768.0f), -32768L, 32767L);
-            writeLe(out + 2 * i, static_cast<uint32_t>(v), 2);
-        }
+        for (size_t i = 0; i < n; ++i)
+            writeLe(out + 2 * i, static_cast<uint32_t>(quantise(in[i], 32768.0, -32768, 32767)), 2);
         break;
     case 24:
-        for (size_t i = 0; i < n; ++i) {
-            const long v = std::clamp(std::lrint(in[i] * 8388608.0f), -8388608L, 8388607L);
-            writeLe(out + 3 * i, static_cast<uint32_t>(v), 3);
-        }
+        for (size_t i = 0; i < n; ++i)
+            writeLe(out + 3 * i, static_cast<uint32_t>(quantise(in[i], 8388608.0, -8388608, 8388607)), 3);
         break;
     case 32:
-        for (size_t i = 0; i < n; ++i) {
-            const double v = std::clamp(std::nearbyint(static_cast<double>(in[i]) * 2147483648.0), -2147483648.0,
-                                        2147483647.0);
-            writeLe(out + 4 * i, static_cast<uint32_t>(static_cast<int32_t>(v)), 4);
-        }
+        for (size_t i = 0; i < n; ++i)
+            writeLe(out + 4 * i, static_cast<uint32_t>(quantise(in[i], 2147483648.0, -2147483648LL, 2147483647LL)), 4);
         break;
     }
 }
@@ -222,7 +242,7 @@ void PcmConverter::finishChunk(size_t frames)
 {
     // m_float holds `frames` frames at the input's channels (or the resampled ones when called
     // from flush, already in m_resampled).
-    const std::vector<float> *cur = &m_float;
+    const std::vector<double> *cur = &m_float;
     int channels = m_from.channels;
     if (m_to.channels < channels) {
         mapChannels(*cur, channels, m_mapped, m_to.channels, frames);
@@ -277,7 +297,7 @@ const std::vector<std::byte> &PcmConverter::flush()
         return m_out;
     resample(nullptr, 0, true);
     size_t frames = m_resampled.size() / static_cast<size_t>(m_rateChannels);
-    const std::vector<float> *cur = &m_resampled;
+    const std::vector<double> *cur = &m_resampled;
     if (m_to.channels > m_rateChannels) {
         mapChannels(*cur, m_rateChannels, m_expanded, m_to.channels, frames);
         cur = &m_expanded;

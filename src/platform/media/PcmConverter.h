@@ -10,8 +10,8 @@
 namespace platform::media {
 
 // Turns a stream of one PCM shape into another: sample rate (libsoxr, high quality), channels
-// (mono to many copies, many to mono averages) and sample format (8/16/24/32-bit PCM, 32-bit
-// float). Used by the format converter and by the wave file's target format alike.
+// (mono to many copies, many to mono averages) and sample format (8/16/24/32-bit PCM, 32 or
+// 64-bit float). It works in double precision and rounds once, at the target's depth. Used by the format converter and by the wave file's target format alike.
 class PcmConverter {
 public:
     // Throws std::runtime_error for a shape it can't handle (see `supports`).
@@ -20,7 +20,7 @@ public:
     PcmConverter(const PcmConverter &) = delete;
     PcmConverter &operator=(const PcmConverter &) = delete;
 
-    // PCM 8/16/24/32 bit or 32-bit float, 1 to 32 channels, 1 Hz to 1 MHz.
+    // PCM 8/16/24/32 bit or 32/64-bit float, 1 to 32 channels, 1 Hz to 1 MHz.
     static bool supports(const WaveFormat &format);
     // The samples stay as they are: no work at all.
     bool passThrough() const { return m_passThrough; }
@@ -35,10 +35,10 @@ public:
 
 private:
     void toFloat(const std::byte *data, size_t frames);
-    void mapChannels(const std::vector<float> &in, int inChannels, std::vector<float> &out, int outChannels,
+    void mapChannels(const std::vector<double> &in, int inChannels, std::vector<double> &out, int outChannels,
                      size_t frames) const;
-    void resample(const float *in, size_t frames, bool last);
-    void fromFloat(const float *in, size_t frames);
+    void resample(const double *in, size_t frames, bool last);
+    void fromFloat(const double *in, size_t frames);
     void finishChunk(size_t frames);
 
     WaveFormat m_from;
@@ -52,10 +52,10 @@ private:
     std::unique_ptr<Resampler> m_resampler;
 
     std::vector<std::byte> m_partial;
-    std::vector<float> m_float;
-    std::vector<float> m_mapped;
-    std::vector<float> m_resampled;
-    std::vector<float> m_expanded;
+    std::vector<double> m_float;
+    std::vector<double> m_mapped;
+    std::vector<double> m_resampled;
+    std::vector<double> m_expanded;
     std::vector<std::byte> m_out;
 };
 

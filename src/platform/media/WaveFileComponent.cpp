@@ -9,6 +9,7 @@
 #include <sndfile.h>
 #include <unistd.h>
 
+#include "MsAdpcmWaveWriter.h"
 #include "runtime/Paths.h"
 #include "runtime/RuntimeError.h"
 
@@ -28,7 +29,7 @@ int subtypeOf(const WaveFormat &f)
         case 32: return SF_FORMAT_PCM_32;
         }
         return 0;
-    case 3: return f.bitsPerSample == 32 ? SF_FORMAT_FLOAT : 0;
+    case 3: return f.bitsPerSample == 32 ? SF_FORMAT_FLOAT : f.bitsPerSample == 64 ? SF_FORMAT_DOUBLE : 0;
     case 6: return SF_FORMAT_ALAW;
     case 7: return SF_FORMAT_ULAW;
     case 2: return SF_FORMAT_MS_ADPCM;
@@ -45,6 +46,22 @@ WaveFormat streamFormatFor(const WaveFormat &f)
     if (f.formatTag == 1 || f.formatTag == 3)
         return f;
     return WaveFormat{1, f.channels, f.sampleRate, 16};
+}
+
+// The samples a wave file is read as: PCM and float at the file's own depth, so that nothing is
+// lost on the way; the compressed encodings decode to 16-bit PCM, which holds all they carry.
+WaveFormat readingFormatOf(const SF_INFO &info)
+{
+    WaveFormat f{1, info.channels, info.samplerate, 16};
+    switch (info.format & SF_FORMAT_SUBMASK) {
+    case SF_FORMAT_PCM_U8:
+    case SF_FORMAT_PCM_S8: f.bitsPerSample = 8; break;
+    case SF_FORMAT_PCM_24: f.bitsPerSample = 24; break;
+    case SF_FORMAT_PCM_32: f.bitsPerSample = 32; break;
+    case SF_FORMAT_FLOAT: f = WaveFormat{3, info.channels, info.samplerate, 32}; break;
+    case SF_FORMAT_DOUBLE: f = WaveFormat{3, info.channels, info.samplerate, 64}; break;
+    }
+    return f;
 }
 
 std::string stringOf(SNDFILE *file, int type)
@@ -106,6 +123,11 @@ void setFactFrames(const std::filesystem::path &file, int64_t frames)
 
 void WaveFileComponent::closeFile()
 {
+    if (m_msAdpcm) {
+        if (!m_msAdpcm->close() && m_mode == Mode::Writing)
+            writeFailed();
+        m_msAdpcm.reset();
+    }
     if (m_file) {
         sf_close(m_file);
         if (m_mode == Mode::Writing && m_blockCoded && m_frameBytes > 0)
@@ -141,12 +163,13 @@ StreamInfo WaveFileComponent::openSource()
     m_mode = Mode::Reading;
     m_failed = false;
     m_channels = info.channels;
-    m_frameBytes = info.channels * 2;
+    m_readAs = readingFormatOf(info);
+    m_frameBytes = info.channels * (m_readAs.bitsPerSample / 8);
     m_dataPosition = 0;
     m_dataSize = info.frames > 0 ? info.frames * m_frameBytes : 0;
 
     StreamInfo out;
-    out.format = WaveFormat{1, info.channels, info.samplerate, 16};
+    out.format = m_readAs;
     out.title = stringOf(f, SF_STR_TITLE);
     out.artist = stringOf(f, SF_STR_ARTIST);
     return out;
@@ -160,11 +183,9 @@ ReadResult WaveFileComponent::read(std::byte *buffer, size_t bytes)
         return r;
     }
     const sf_count_t frames = static_cast<sf_count_t>(bytes / static_cast<size_t>(m_frameBytes));
-    m_samples.resize(static_cast<size_t>(frames) * static_cast<size_t>(m_channels));
-    const sf_count_t got = frames > 0 ? sf_readf_short(m_file, m_samples.data(), frames) : 0;
+    const sf_count_t got = frames > 0 ? readFrames(buffer, frames) : 0;
     if (got > 0) {
         r.bytes = static_cast<size_t>(got) * static_cast<size_t>(m_frameBytes);
-        std::memcpy(buffer, m_samples.data(), r.bytes);
         m_dataPosition += static_cast<int64_t>(r.bytes);
     }
     if (got < frames) {
@@ -173,6 +194,37 @@ ReadResult WaveFileComponent::read(std::byte *buffer, size_t bytes)
             r.error = SourceError{e, sf_strerror(m_file)};
     }
     return r;
+}
+
+int64_t WaveFileComponent::readFrames(std::byte *buffer, int64_t frames)
+{
+    const size_t samples = static_cast<size_t>(frames) * static_cast<size_t>(m_channels);
+    if (m_readAs.formatTag == 3 && m_readAs.bitsPerSample == 64)
+        return sf_readf_double(m_file, reinterpret_cast<double *>(buffer), frames);
+    if (m_readAs.formatTag == 3)
+        return sf_readf_float(m_file, reinterpret_cast<float *>(buffer), frames);
+    if (m_readAs.bitsPerSample == 16)
+        return sf_readf_short(m_file, reinterpret_cast<short *>(buffer), frames);
+    // 8, 24 and 32 bit come as ints with the sample in the top bits; they are packed back to
+    // the file's own width, so every sample arrives exactly as stored.
+    m_wide.resize(samples);
+    const sf_count_t got = sf_readf_int(m_file, m_wide.data(), frames);
+    const size_t n = got > 0 ? static_cast<size_t>(got) * static_cast<size_t>(m_channels) : 0;
+    const int width = m_readAs.bitsPerSample / 8;
+    for (size_t i = 0; i < n; ++i) {
+        const auto v = static_cast<uint32_t>(m_wide[i]);
+        std::byte *p = buffer + i * static_cast<size_t>(width);
+        switch (width) {
+        case 1: p[0] = static_cast<std::byte>((v >> 24) ^ 0x80); break;
+        case 3:
+            p[0] = static_cast<std::byte>(v >> 8);
+            p[1] = static_cast<std::byte>(v >> 16);
+            p[2] = static_cast<std::byte>(v >> 24);
+            break;
+        default: std::memcpy(p, &v, 4); break;
+        }
+    }
+    return got;
 }
 
 void WaveFileComponent::closeSource()
@@ -207,17 +259,26 @@ void WaveFileComponent::openSink(const StreamInfo &info)
     }
 
     const std::filesystem::path file = rt::nativePath(m_fileName);
-    SNDFILE *f = m_fileName.empty() ? nullptr : sf_open(file.c_str(), SFM_WRITE, &sf);
-    if (!f)
-        rt::raise(rt::ErrPathFileAccess);
-    // Raw writes bypass the peak figures, so a float file gets none rather than wrong ones.
-    if (subtype == SF_FORMAT_FLOAT)
-        sf_command(f, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    // Before any audio, so the names land in the header where the writing engine finds them.
-    if (!info.title.empty())
-        sf_set_string(f, SF_STR_TITLE, info.title.c_str());
-    if (!info.artist.empty())
-        sf_set_string(f, SF_STR_ARTIST, info.artist.c_str());
+    SNDFILE *f = nullptr;
+    if (subtype == SF_FORMAT_MS_ADPCM) {
+        // libsndfile's encoder picks its predictors by rule of thumb; ours tries them all.
+        auto writer = std::make_unique<MsAdpcmWaveWriter>();
+        if (m_fileName.empty() || !writer->open(file, fileFormat.channels, fileFormat.sampleRate, info.title, info.artist))
+            rt::raise(rt::ErrPathFileAccess);
+        m_msAdpcm = std::move(writer);
+    } else {
+        f = m_fileName.empty() ? nullptr : sf_open(file.c_str(), SFM_WRITE, &sf);
+        if (!f)
+            rt::raise(rt::ErrPathFileAccess);
+        // Raw writes bypass the peak figures, so a float file gets none rather than wrong ones.
+        if (subtype == SF_FORMAT_FLOAT)
+            sf_command(f, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+        // Before any audio, so the names land in the header where the writing engine finds them.
+        if (!info.title.empty())
+            sf_set_string(f, SF_STR_TITLE, info.title.c_str());
+        if (!info.artist.empty())
+            sf_set_string(f, SF_STR_ARTIST, info.artist.c_str());
+    }
 
     m_file = f;
     m_mode = Mode::Writing;
@@ -227,7 +288,7 @@ void WaveFileComponent::openSink(const StreamInfo &info)
     m_frameBytes = stream.channels * (stream.bitsPerSample / 8);
     // PCM and float wave data are little-endian, as the stream is: the bytes go as they are.
     m_rawWrite = stream == fileFormat;
-    m_blockCoded = subtype == SF_FORMAT_IMA_ADPCM || subtype == SF_FORMAT_MS_ADPCM;
+    m_blockCoded = subtype == SF_FORMAT_IMA_ADPCM;
     m_carry.clear();
     m_dataPosition = 0;
     m_dataSize = 0;
@@ -239,7 +300,12 @@ bool WaveFileComponent::writeFile(const std::byte *data, size_t bytes)
         return true;
     sf_count_t written = 0;
     sf_count_t wanted = 0;
-    if (m_rawWrite) {
+    if (m_msAdpcm) {
+        m_samples.resize(bytes / 2);
+        std::memcpy(m_samples.data(), data, m_samples.size() * 2);
+        wanted = static_cast<sf_count_t>(m_samples.size());
+        written = m_msAdpcm->write(m_samples.data(), m_samples.size() / static_cast<size_t>(m_channels)) ? wanted : 0;
+    } else if (m_rawWrite) {
         wanted = static_cast<sf_count_t>(bytes);
         written = sf_write_raw(m_file, data, wanted);
     } else {
@@ -269,7 +335,7 @@ void WaveFileComponent::writeFailed()
 
 bool WaveFileComponent::write(const std::byte *data, size_t bytes)
 {
-    if (m_mode != Mode::Writing || !m_file || m_failed)
+    if (m_mode != Mode::Writing || !(m_file || m_msAdpcm) || m_failed)
         return false;
     try {
         if (m_converter) {

@@ -125,6 +125,38 @@ TEST(PcmConverter, SampleFormatsRoundTrip)
         EXPECT_NEAR((static_cast<int>(small[i]) - 128) * 256, in[i], 128) << i;
 }
 
+TEST(PcmConverter, DeepSamplesKeepEveryBit)
+{
+    // 32-bit samples whose lowest bits are all set: a single-precision path would lose them.
+    const std::vector<int32_t> in = {2147483647, -2147483647 - 1, 0x12345679, -0x0ABCDEF1, 1, -1, 0x7FFFFF01};
+    std::vector<std::byte> bytes(in.size() * 4);
+    std::memcpy(bytes.data(), in.data(), bytes.size());
+    PcmConverter spread(WaveFormat{1, 1, 44100, 32}, WaveFormat{1, 2, 44100, 32});
+    const std::vector<std::byte> out = spread.convert(bytes.data(), bytes.size());
+    ASSERT_EQ(out.size(), bytes.size() * 2);
+    for (size_t i = 0; i < in.size(); ++i) {
+        int32_t left;
+        int32_t right;
+        std::memcpy(&left, out.data() + 8 * i, 4);
+        std::memcpy(&right, out.data() + 8 * i + 4, 4);
+        EXPECT_EQ(left, in[i]);
+        EXPECT_EQ(right, in[i]);
+    }
+
+    // 64-bit float to 32-bit: the nearest float, as a cast makes it.
+    const std::vector<double> fine = {0.1, -0.333333333333, 1e-9, 0.999999999};
+    std::vector<std::byte> doubles(fine.size() * 8);
+    std::memcpy(doubles.data(), fine.data(), doubles.size());
+    PcmConverter narrow(WaveFormat{3, 1, 44100, 64}, WaveFormat{3, 1, 44100, 32});
+    const std::vector<std::byte> floats = narrow.convert(doubles.data(), doubles.size());
+    ASSERT_EQ(floats.size(), fine.size() * 4);
+    for (size_t i = 0; i < fine.size(); ++i) {
+        float f;
+        std::memcpy(&f, floats.data() + 4 * i, 4);
+        EXPECT_EQ(f, static_cast<float>(fine[i]));
+    }
+}
+
 TEST(PcmConverter, DoublingTheRateDoublesTheLengthAndKeepsThePitch)
 {
     constexpr size_t Frames = 22050 * 2;
