@@ -13,7 +13,11 @@ constexpr int ErrInvalidFileFormat = 321;
 
 } // namespace
 
-DecoderStream::DecoderStream() = default;
+DecoderStream::DecoderStream()
+{
+    // The player works in float from the decoder to the sound card.
+    m_source.setFloatSamples(true);
+}
 
 DecoderStream::~DecoderStream()
 {
@@ -83,7 +87,7 @@ size_t DecoderStream::decode(float *stereo, size_t frames, bool &end)
         end = true;
         return 0;
     }
-    const size_t frameBytes = static_cast<size_t>(m_channels) * sizeof(int16_t);
+    const size_t frameBytes = static_cast<size_t>(m_channels) * sizeof(float);
     m_samples.resize(frames * static_cast<size_t>(m_channels));
     const media::ReadResult r = m_source.read(reinterpret_cast<std::byte *>(m_samples.data()), frames * frameBytes);
     const size_t got = r.bytes / frameBytes;

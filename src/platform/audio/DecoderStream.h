@@ -57,7 +57,7 @@ private:
     int m_channels = 0;
     std::atomic<int> m_volume{UnityVolume};
     std::atomic<int> m_panning{0};
-    std::vector<int16_t> m_samples;
+    std::vector<float> m_samples;  // as the decoder gives them: rounded only at the sink
     PlayPosition m_position;
 };
 

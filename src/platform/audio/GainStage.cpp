@@ -14,9 +14,11 @@ StereoGain stereoGain(int volume, int panning)
     return g;
 }
 
-void toStereo(const int16_t *samples, size_t frames, int channels, StereoGain gain, float *stereo)
+namespace {
+
+template <class Sample>
+void spread(const Sample *samples, size_t frames, int channels, StereoGain gain, float scale, float *stereo)
 {
-    constexpr float scale = 1.0f / 32768.0f;
     const float left = gain.left * scale;
     const float right = gain.right * scale;
     if (channels == 1) {
@@ -30,6 +32,18 @@ void toStereo(const int16_t *samples, size_t frames, int channels, StereoGain ga
         stereo[2 * i] = samples[2 * i] * left;
         stereo[2 * i + 1] = samples[2 * i + 1] * right;
     }
+}
+
+} // namespace
+
+void toStereo(const int16_t *samples, size_t frames, int channels, StereoGain gain, float *stereo)
+{
+    spread(samples, frames, channels, gain, 1.0f / 32768.0f, stereo);
+}
+
+void toStereo(const float *samples, size_t frames, int channels, StereoGain gain, float *stereo)
+{
+    spread(samples, frames, channels, gain, 1.0f, stereo);
 }
 
 } // namespace platform::audio

@@ -18,8 +18,9 @@ struct StereoGain {
 
 StereoGain stereoGain(int volume, int panning);
 
-// 16-bit samples of one or two channels into stereo float frames (-1 to 1) with the gain;
-// mono goes to both sides.
+// 16-bit or float samples of one or two channels into stereo float frames (-1 to 1) with the
+// gain; mono goes to both sides.
 void toStereo(const int16_t *samples, size_t frames, int channels, StereoGain gain, float *stereo);
+void toStereo(const float *samples, size_t frames, int channels, StereoGain gain, float *stereo);
 
 } // namespace platform::audio

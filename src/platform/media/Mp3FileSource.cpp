@@ -125,7 +125,7 @@ struct Mp3FileSource::Decoder {
     mpg123_handle *h = nullptr;
     std::unique_ptr<BufferedFile> file;
 
-    Decoder()
+    explicit Decoder(bool floats)
     {
         initLibrary();
         h = mpg123_new(nullptr, nullptr);
@@ -133,13 +133,13 @@ struct Mp3FileSource::Decoder {
             return;
         // Gapless: the encoder's delay and padding come off, as the mpg123 tool does it.
         mpg123_param(h, MPG123_ADD_FLAGS, MPG123_GAPLESS | MPG123_QUIET, 0);
-        // 16-bit at the file's own rate and channels, nothing resampled.
+        // 16-bit or float at the file's own rate and channels, nothing resampled.
         mpg123_format_none(h);
         const long *rates = nullptr;
         size_t count = 0;
         mpg123_rates(&rates, &count);
         for (size_t i = 0; i < count; ++i)
-            mpg123_format(h, rates[i], MPG123_MONO | MPG123_STEREO, MPG123_ENC_SIGNED_16);
+            mpg123_format(h, rates[i], MPG123_MONO | MPG123_STEREO, floats ? MPG123_ENC_FLOAT_32 : MPG123_ENC_SIGNED_16);
     }
     ~Decoder()
     {
@@ -222,7 +222,7 @@ Mp3FileSource::Probe Mp3FileSource::probe(const std::string &nativeFile)
     p.fileSize = static_cast<int64_t>(st.st_size);
     p.fileTime = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
     p.fileId = static_cast<uint64_t>(st.st_ino);
-    Decoder decoder;
+    Decoder decoder(false);
     if (!decoder.open(nativeFile))
         return p;
     mpg123_handle *h = decoder.h;
@@ -295,7 +295,7 @@ StreamInfo Mp3FileSource::openSource()
         takeProbe(m_probe);
     m_doneSamples = 0;
 
-    auto decoder = std::make_unique<Decoder>();
+    auto decoder = std::make_unique<Decoder>(m_floatSamples);
     if (!decoder->open(file))
         rt::raise(rt::ErrFileNotFound);
 
@@ -306,8 +306,10 @@ StreamInfo Mp3FileSource::openSource()
     int channels = 0;
     int encoding = 0;
     const int rc = mpg123_getformat(decoder->h, &rate, &channels, &encoding);
-    if (rc == MPG123_OK && rate > 0 && (channels == 1 || channels == 2) && encoding == MPG123_ENC_SIGNED_16) {
-        m_info.format = WaveFormat{1, channels, static_cast<int>(rate), 16};
+    const int wanted = m_floatSamples ? MPG123_ENC_FLOAT_32 : MPG123_ENC_SIGNED_16;
+    if (rc == MPG123_OK && rate > 0 && (channels == 1 || channels == 2) && encoding == wanted) {
+        m_info.format = m_floatSamples ? WaveFormat{3, channels, static_cast<int>(rate), 32}
+                                       : WaveFormat{1, channels, static_cast<int>(rate), 16};
         m_rate = static_cast<int>(rate);
         m_noAudio.reset();
     } else {
@@ -320,7 +322,7 @@ StreamInfo Mp3FileSource::openSource()
                           : SourceError{rc == MPG123_ERR ? mpg123_errcode(decoder->h) : rc,
                                         "The file holds no MPEG audio"};
     }
-    m_frameBytes = m_info.format.channels * 2;
+    m_frameBytes = m_info.format.channels * (m_info.format.bitsPerSample / 8);
     m_decoder = std::move(decoder);
     return m_info;
 }

@@ -11,7 +11,8 @@
 
 namespace platform::media {
 
-// An MP3 file decoded by libmpg123, gapless, at its own rate and channels, 16-bit.
+// An MP3 file decoded by libmpg123, gapless, at its own rate and channels: 16-bit PCM, as a CD
+// and a wave file take it, or 32-bit float for the player, whose sound is rounded only at the end.
 class Mp3FileSource final : public AudioFile, public PcmSource {
 public:
     Mp3FileSource();
@@ -22,6 +23,8 @@ public:
     int32_t Position() override;
     int32_t Length() override;
     void setMpegTrailingHeader(int value) override { m_trailingHeader = value; }
+    // Float samples from the next openSource on.
+    void setFloatSamples(bool on) { m_floatSamples = on; }
 
     StreamInfo openSource() override;
     ReadResult read(std::byte *buffer, size_t bytes) override;
@@ -53,6 +56,7 @@ private:
 
     std::string m_fileName;
     int m_trailingHeader = 0;
+    bool m_floatSamples = false;
     std::unique_ptr<Decoder> m_decoder;
     Probe m_probe;
     StreamInfo m_info;

@@ -2,7 +2,9 @@
 // wires it, playing into the silent sink, with what it played measured in played.wav: the time
 // between start and stop, the samples against the mpg123 tool's decode, seeks, stops, the
 // equaliser's response band by band, the gain stage, errors and teardown.
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -334,6 +336,21 @@ TEST(PlayerChain, VolumeAndPanningAreTheGainStage)
     const Wave h = readWave((dir.path() / "half" / "played.wav").string());
     EXPECT_NEAR(db(amplitudeAt(h.samples, 2, 0, 440, 44100, from, count) / full), -6.02, 0.05);
     EXPECT_NEAR(db(amplitudeAt(h.samples, 2, 1, 440, 44100, from, count) / full), -6.02, 0.05);
+    // The decoder's float sound, halved, is rounded once at the end: every sample is what
+    // mpg123's float decode gives halved and rounded, not a 16-bit sample halved and rounded again.
+    const std::string f32 = dir.file("tone-f32.wav");
+    runTool("mpg123 -q -e f32 -w " + quoted(f32) + " " + quoted(mp3));
+    SF_INFO info{};
+    SNDFILE *file = sf_open(f32.c_str(), SFM_READ, &info);
+    ASSERT_NE(file, nullptr);
+    std::vector<float> decoded(static_cast<size_t>(info.frames * info.channels));
+    sf_readf_float(file, decoded.data(), info.frames);
+    sf_close(file);
+    ASSERT_EQ(h.samples.size(), decoded.size());
+    size_t apart = 0;
+    for (size_t i = 0; i < decoded.size(); ++i)
+        apart += h.samples[i] != std::clamp(std::lrint(decoded[i] * 0.5f * 32768.0f), -32768L, 32767L);
+    EXPECT_EQ(apart, 0u) << "samples rounded twice";
 
     Player right(silentInto(dir.path() / "right", 0));
     right.giveamp3->setPanning(16384);
