@@ -144,6 +144,29 @@ struct TestDisc {
     }
 
     // A cdrdao TOC: raw audio big-endian as cdrdao keeps it, or little-endian marked SWAP.
+    // A TOC of only what raw libcdio (and so cd-paranoia) reads: times in minutes, seconds and
+    // frames, big-endian audio, one file, the audio tracks alone.
+    fs::path writePlainToc(const fs::path &folder, const std::string &name) const
+    {
+        writeBytes(folder / (name + ".bin"), swapped(audio()));
+        const std::string file = "FILE \"" + name + ".bin\" ";
+        const std::string toc = "CD_DA\n"
+                                "TRACK AUDIO\n"
+                                "NO COPY\n" +
+                                file + "00:00:00 " + msf(290) + "\n" +
+                                "TRACK AUDIO\n"
+                                "COPY\n"
+                                "PRE_EMPHASIS\n" +
+                                file + msf(290) + " " + msf(260) + "\n" +
+                                "START " + msf(10) + "\n"
+                                "TRACK AUDIO\n"
+                                "COPY\n" +
+                                file + msf(550) + " " + msf(200) + "\n";
+        const fs::path path = folder / (name + ".toc");
+        writeFile(path, toc);
+        return path;
+    }
+
     fs::path writeToc(const fs::path &folder, const std::string &name, bool swap) const
     {
         writeBin(folder / (name + ".bin"), !swap);
