@@ -38,10 +38,10 @@ fi
 packages=(build-essential cmake ninja-build pkg-config
           qt6-base-dev libgl-dev
           libmp3lame-dev lame
-          libmpg123-dev libsndfile1-dev libsoxr-dev libcdio-dev libcdio-paranoia-dev
+          libmpg123-dev libsndfile1-dev libsoxr-dev zlib1g-dev libcdio-dev libcdio-paranoia-dev
           wodim mpg123 sox
           portaudio19-dev libasound2-dev libfftw3-dev
-          libcdio-utils cd-paranoia cdrdao
+          libcdio-utils cd-paranoia cdrdao whipper
           libgraphicsmagick++1-dev graphicsmagick libsane-dev libsane1 sane-utils poppler-utils cups-client
           libcurl4-openssl-dev
           libgtest-dev libbenchmark-dev

@@ -24,6 +24,7 @@
 #include "ui/qt/QtImageClipboard.h"
 #include "addons/AddonWindows.h"
 #include "platform/http/CurlHttpDownload.h"
+#include "platform/media/WaveChecksums.h"
 #include "platform/media/WaveNormalizer.h"
 #include "playback/PlaybackWindows.h"
 #include "layout/LayoutWindows.h"
@@ -71,6 +72,9 @@ int main(int argc, char **argv)
     };
     components.normalizeFile = [](const std::string &file, int32_t level, const std::function<void(int32_t, int32_t)> &progress) {
         platform::media::normalizeWaveFile(file, level, progress);
+    };
+    components.checksumWaveFile = [](const std::string &file, bool firstTrack, bool lastTrack) {
+        return platform::media::checksumWaveFile(file, firstTrack, lastTrack);
     };
     components.systemInfo = [] { return std::make_unique<platform::system::ProcSystemInfo>(); };
     components.shell = [] { return std::make_unique<platform::system::XdgShell>(); };

@@ -2,7 +2,10 @@
 
 #include "MainForm.h"
 #include "platform/helper/MMHelper.h"
+#include <ctime>
+
 #include "runtime/Format.h"
+#include "runtime/Paths.h"
 #include "runtime/Integer.h"
 #include "runtime/ResumeNext.h"
 #include "runtime/RuntimeError.h"
@@ -141,6 +144,94 @@ void CopyDlg::Form_Load()
     Timer2.setEnabled(true);
 }
 
+std::string CopyDlg::stemOf(const std::string &target)
+{
+    const platform::MMHelper &helper = main().Helper;
+    const int p = helper.PosText(".", target);
+    return p >= 1 ? helper.CopyText(target, 1, p - 1) : target;
+}
+
+void CopyDlg::logRunStart()
+{
+    // The first track starts the log: the window is loaded before its caller names the target.
+    if (m_logStarted || TargetName.empty())
+        return;
+    m_logStarted = true;
+    try {
+        MainForm &m = main();
+        RipLog::Run run;
+        const std::time_t now = std::time(nullptr);
+        std::tm local{};
+        localtime_r(&now, &local);
+        char started[32];
+        std::strftime(started, sizeof started, "%Y-%m-%d %H:%M:%S", &local);
+        run.started = started;
+        run.drive = m.CDReader->DriveLetter();
+        run.driveName = m.CDReader->DeviceName();
+        run.copyMode = m.CDReader->CopyMode();
+        try {
+            run.discId = m.CDReader->DiscId();
+        } catch (const rt::RuntimeError &) {
+        }
+        for (int i = 0; i < m.CDReader->TracksCount(); ++i)
+            run.toc.push_back(m.CDReader->TracksItem(i));
+        m_log.begin(rt::nativePath(stemOf(TargetName) + ".log"), std::move(run));
+    } catch (const std::exception &) {
+        // No log for this run.
+    }
+}
+
+void CopyDlg::logTrackStart(const platform::CdTrack &track, const std::string &file)
+{
+    try {
+        MainForm &m = main();
+        // AccurateRip leaves out the edges of the disc's first track and of its last audio track.
+        int lastAudio = -1;
+        const int count = m.CDReader->TracksCount();
+        for (int i = 0; i < count; ++i)
+            if (m.CDReader->TracksItem(i).IsAudio)
+                lastAudio = m.CDReader->TracksItem(i).Number;
+        m_logFirstTrack = count > 0 && track.Number == m.CDReader->TracksItem(0).Number;
+        m_logLastTrack = track.Number == lastAudio;
+        m_logTrackFile = file;
+        m_log.trackStarted(track.Number, rt::nativePath(file).string(), track.Start, track.Length);
+    } catch (const std::exception &) {
+    }
+}
+
+void CopyDlg::logTrackEnd(bool copiedWhole)
+{
+    try {
+        std::optional<platform::TrackChecksums> sums;
+        const auto &checksum = app().components().checksumWaveFile;
+        if (copiedWhole && checksum)
+            sums = checksum(m_logTrackFile, m_logFirstTrack, m_logLastTrack);
+        m_log.trackEnded(sums);
+    } catch (const std::exception &) {
+    }
+}
+
+void CopyDlg::logRunEnd(const std::string &result)
+{
+    try {
+        m_log.runEnded(result);
+    } catch (const std::exception &) {
+    }
+}
+
+void CopyDlg::logTrackError(const std::string &what)
+{
+    try {
+        m_log.trackError(what);
+    } catch (const std::exception &) {
+    }
+}
+
+void CopyDlg::noteChainError(int code, const std::string &message)
+{
+    logTrackError("error " + std::to_string(code) + (message.empty() ? std::string() : ": " + message));
+}
+
 void CopyDlg::Timer2_Timer()
 {
     Timer2.setEnabled(false);
@@ -162,14 +253,17 @@ void CopyDlg::CopyTrack(int32_t index)
         Meter1.setMax(m.CDReader->FramesOf(track.Length));
     });
     ActiveTrack = index;
-    const int p = m.Helper.PosText(".", TargetName);
-    const std::string stem = p >= 1 ? m.Helper.CopyText(TargetName, 1, p - 1) : TargetName;
-    const std::string name = stem + rt::Format(index + 1, "00.wav");
+    const std::string name = stemOf(TargetName) + rt::Format(index + 1, "00.wav");
     step([&] { m.Helper.DeleteTarget(name); });
     step([&] { m.WaveFile->setFileName(name); });
+    logRunStart();
+    logTrackStart(track, name);
     try {
         m.Trigger->Start();
     } catch (const rt::RuntimeError &e) {
+        noteChainError(e.number(), e.description());
+        logTrackEnd(false);
+        logRunEnd("The copy could not start.");
         step([&] { m.Trigger->Stop(); });
         step([&] { ui::MsgBox(app(), e.description()); });
         return;
@@ -257,11 +351,16 @@ void CopyDlg::Trigger_Stopped()
     MainForm &m = main();
     StopTimer();
     if (CopyErrors) {
+        logTrackEnd(false);
+        logRunEnd("There where Errors, copy not completed.");
         Messages.AddItem("There where Errors, copy not completed.");
         btnAbort.setCaption("Close");
         CopyErrors = false;
         step([&] { m.Trigger->Close(); });
     } else if (Aborted) {
+        logTrackError("stopped by the user");
+        logTrackEnd(false);
+        logRunEnd("Copyprocess terminated by user!");
         showFull(Meter2, lblPercent2, lblRemaining2);
         Messages.AddItem("Copyprocess terminated by user!");
         step([&] { m.Trigger->Close(); });
@@ -269,8 +368,11 @@ void CopyDlg::Trigger_Stopped()
         Hide();
     } else {
         step([&] { m.Trigger->Close(); });
+        // The file is complete once the chain has closed it.
+        logTrackEnd(true);
         const int32_t next = FindNextTrack();
         if (next == ActiveTrack) {
+            logRunEnd("Copy completed without any errors.");
             Messages.AddItem("Copy completed without any errors.");
             btnAbort.setCaption("Close");
             showFull(Meter2, lblPercent2, lblRemaining2);
@@ -284,6 +386,8 @@ void CopyDlg::Trigger_Closed()
 {
     // The chain closed without a stop first.
     if (CopyErrors) {
+        logTrackEnd(false);
+        logRunEnd("There where Errors, copy not completed.");
         Messages.AddItem("There where Errors, copy not completed.");
         btnAbort.setCaption("Close");
         CopyErrors = false;
@@ -295,6 +399,7 @@ void CopyDlg::WaveFile_WriteFailed()
     rt::ResumeNext step;
     MainForm &m = main();
     step.If([&] { return (m.Trigger->State() & platform::Trigger::StateFlowing) != 0; }, [&] {
+        logTrackError("the file could not be written (is the disk full?)");
         Messages.AddItem("Can''t write to file, disk full ?");
         CopyErrors = true;
         step([&] { m.Trigger->Stop(); });

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "RipLog.h"
 #include "ui/Button.h"
 #include "ui/Label.h"
 #include "ui/ListBox.h"
@@ -35,6 +36,8 @@ public:
     void Trigger_Stopped();
     void Trigger_Closed();
     void WaveFile_WriteFailed();
+    // What the chain reported with its error event, for the rip log only.
+    void noteChainError(int code, const std::string &message);
 
     std::optional<std::string> member(const std::string &name) const override;
     std::optional<std::string> callRoutine(const std::string &name, const std::vector<std::string> &args) override;
@@ -80,6 +83,19 @@ private:
     void showProgress(ui::Meter &meter, ui::Label &percent, ui::Label &speed, ui::Label &time, ui::Label &remaining,
                       int32_t t);
     void showFull(ui::Meter &meter, ui::Label &percent, ui::Label &remaining);
+    // The rip log's side of a run; none of it changes what the window does.
+    std::string stemOf(const std::string &target);
+    void logRunStart();
+    void logTrackStart(const platform::CdTrack &track, const std::string &file);
+    void logTrackError(const std::string &what);
+    void logTrackEnd(bool copiedWhole);
+    void logRunEnd(const std::string &result);
+
+    RipLog m_log;
+    bool m_logStarted = false;
+    std::string m_logTrackFile;
+    bool m_logFirstTrack = false;
+    bool m_logLastTrack = false;
 
     int32_t StartTick = 0;
     int32_t TotalElapsed = 0;

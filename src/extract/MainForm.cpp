@@ -171,7 +171,7 @@ void MainForm::wireChains()
         Trigger->OnStopped = componentEvent(std::function<void()>([this] { Trigger_Stopped(); }));
         Trigger->OnClosed = componentEvent(std::function<void()>([this] { Trigger_Closed(); }));
         Trigger->OnError = componentEvent(std::function<void(int, const std::string &)>(
-            [this](int, const std::string &) { Trigger_Error(); }));
+            [this](int code, const std::string &message) { Trigger_Error(code, message); }));
     });
     step([&] {
         WaveFile->setInput(Trigger.get());
@@ -692,10 +692,12 @@ void MainForm::Trigger_Closed()
         dlg->Trigger_Closed();
 }
 
-void MainForm::Trigger_Error()
+void MainForm::Trigger_Error(int code, const std::string &message)
 {
-    if (auto *dlg = dynamic_cast<CopyDlg *>(app().findLoaded(CopyDlg::formName)))
+    if (auto *dlg = dynamic_cast<CopyDlg *>(app().findLoaded(CopyDlg::formName))) {
         dlg->CopyErrors = true;
+        dlg->noteChainError(code, message);
+    }
 }
 
 void MainForm::WaveFile_WriteFailed()

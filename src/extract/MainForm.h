@@ -133,7 +133,7 @@ private:
     void Trigger_Started();
     void Trigger_Stopped();
     void Trigger_Closed();
-    void Trigger_Error();
+    void Trigger_Error(int code, const std::string &message);
     void WaveFile_WriteFailed();
 };
 

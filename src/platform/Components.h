@@ -11,6 +11,7 @@
 #include "CdReader.h"
 #include "MediaChain.h"
 #include "SettingsStore.h"
+#include "TrackChecksums.h"
 #include "Shell.h"
 #include "SystemInfo.h"
 #include "WriterEngine.h"
@@ -49,6 +50,10 @@ struct Components {
     // only when the rewrite is complete. Empty: the library isn't there (error 53).
     std::function<void(const std::string &file, int32_t level, const std::function<void(int32_t, int32_t)> &progress)>
         normalizeFile;
+    // The checksums of a copied track's wave file, for the rip log; empty when it can't be read.
+    // Unset: the log goes without them.
+    std::function<std::optional<TrackChecksums>(const std::string &file, bool firstTrack, bool lastTrack)>
+        checksumWaveFile;
     // The cover designer: image controls, the clipboard they share, the scanner and the printer.
     std::function<std::unique_ptr<ImageControl>()> imageControl;
     std::function<std::shared_ptr<ImageClipboard>()> imageClipboard;

@@ -17,6 +17,7 @@
 #include "platform/audio/RealPlayerComponents.h"
 #include "platform/cdrom/CdReaderComponent.h"
 #include "platform/media/RealMediaComponents.h"
+#include "platform/media/WaveChecksums.h"
 #include "platform/media/WaveNormalizer.h"
 #include "platform/writer/CdWriterEngine.h"
 #include "platform/settings/FileSettingsStore.h"
@@ -608,6 +609,9 @@ void Runner::cmdStart()
     // Normalising is a routine on a file, the same on fakes and real components.
     m_components->normalizeFile = [](const std::string &file, int32_t level, const std::function<void(int32_t, int32_t)> &progress) {
         platform::media::normalizeWaveFile(file, level, progress);
+    };
+    m_components->checksumWaveFile = [](const std::string &file, bool firstTrack, bool lastTrack) {
+        return platform::media::checksumWaveFile(file, firstTrack, lastTrack);
     };
     if (m_useReal["imaging"]) {
         // A clipboard of the scenario's own: the machine's is not touched.
